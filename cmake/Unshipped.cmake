@@ -1,0 +1,6 @@
+# How what does not ship is compiled. Of a whole ./check the compiler takes nearly all the time, and
+# of that what does not ship takes nine tenths.
+option(CORVANE_BATCH "Compile what does not ship unoptimised and in large pieces" OFF)
+if(CORVANE_BATCH)
+    add_compile_options(-O0)
+endif()
