@@ -1,0 +1,28 @@
+#pragma once
+
+#include "simulator/Service.h"
+
+#include <string>
+
+namespace Tovra::Simulator
+{
+
+/** What ConnMan writes into a saved service's "settings". */
+std::string MakeSettings(const Service& service);
+
+/** The storage directory: one directory a saved service, named as its path ends. */
+class Storage
+{
+public:
+    /** An empty directory name: nothing is kept. */
+    explicit Storage(std::string sDirectory) : sRoot(std::move(sDirectory)) {}
+
+    /** Errors of the file system are thrown as std::filesystem::filesystem_error. */
+    void Save(const Service& service) const;
+    void Remove(const Service& service) const;
+
+private:
+    std::string sRoot;
+};
+
+} // namespace Tovra::Simulator
