@@ -1,0 +1,85 @@
+#pragma once
+
+#include "corvane/Events.h"
+#include "corvane/Interrupts.h"
+#include "corvane/Ipc.h"
+#include "host/DeviceConfig.h"
+#include "host/ITargetSpecific.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+
+namespace Tovra::Corvane
+{
+
+using Technologies = std::map<std::string, DeviceConfig::NetworkTechnology>;
+using Services = std::map<std::string, DeviceConfig::NetworkService>;
+using Clock = std::chrono::steady_clock;
+
+/** A copy of the host's records, without credentials. */
+struct Picture {
+    Technologies mapTechnologies; ///< by type
+    Services mapServices;         ///< by network key
+};
+
+/**
+ * The device program's side of the plug-in: the configuration object, the observer, and the waiting
+ * for what the plug-in tells. It is never destroyed, since the plug-in's thread uses it until the
+ * process has ended. The main thread calls it; the plug-in's thread calls it back.
+ */
+class Host final : private INetworkObserver
+{
+public:
+    /** Loads the plug-in and starts to listen for its events. Throws Failure. */
+    static Host& Start(const std::string& sLibrary);
+
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    /** Reads the network's state through the plug-in. Stored credentials are lost by it. */
+    Picture Read();
+
+    /** The records as they were last read, by whomever. */
+    Picture Look();
+
+    /** Whether a network's passphrase or wish for WPS has not been asked for yet. */
+    bool HoldsCredential(const std::string& sKey);
+
+    /** Reads, edits the records and applies them, in one go. */
+    void Change(const std::function<void(DeviceConfig&)>& fnEdit);
+
+    /**
+     * While false (it starts so), a change that the plug-in tells is not read at once; while true,
+     * it is: a failed connection shows for a moment only.
+     */
+    void SetReadOnChange(bool bRead) { bReadOnChange = bRead; }
+
+    enum class Wake { Event, Deadline, Interrupt };
+
+    /** Waits for the next event; the event is taken. */
+    Wake WaitForEvent(Clock::time_point until, Event* pEvent = nullptr);
+
+    /** Another descriptor to wait for beside events: readable input ends the wait with true. */
+    bool WaitForInput(int nInput);
+
+    Interrupts& GetInterrupts() { return interrupts; }
+
+    /** As the plug-in's `RefreshIpSettings` reaches it. */
+    void OnAddressesChanged();
+
+private:
+    Host();
+
+    void NetworksChanged(unsigned flags) override;
+    bool TakeIpcEvent(Event& event);
+
+    Interrupts interrupts; // first: the plug-in's thread inherits the blocked signals
+    EventQueue events;
+    Ipc::Receiver receiver;
+    DeviceConfig config;
+    std::atomic<ITargetSpecific*> pPlugIn = nullptr;
+    std::atomic<bool> bReadOnChange = false;
+};
+
+} // namespace Tovra::Corvane

@@ -1,0 +1,36 @@
+#pragma once
+
+namespace Tovra::Corvane
+{
+
+/**
+ * Ctrl-C and requests to end, as something to wait for. The signals are blocked: a handler would
+ * not do, since they are ignored while the plug-in runs its command.
+ */
+class Interrupts
+{
+public:
+    /** Before any other thread starts, so that all of them have the signals blocked. */
+    Interrupts();
+    ~Interrupts();
+
+    Interrupts(const Interrupts&) = delete;
+    Interrupts& operator=(const Interrupts&) = delete;
+
+    /** Readable when there was one. */
+    int GetDescriptor() const { return nDescriptor; }
+
+    /** Whether there was one since the last call. */
+    bool Take();
+
+private:
+    int nDescriptor;
+};
+
+/**
+ * Ends the process with this status after a while, if it has not ended by then: the plug-in's
+ * thread cannot be stopped once the bus is gone, and the end of the process waits for it.
+ */
+void EndSoon(int nStatus);
+
+} // namespace Tovra::Corvane

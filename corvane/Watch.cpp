@@ -1,0 +1,120 @@
+#include "corvane/Commands.h"
+#include "corvane/Output.h"
+#include "corvane/Waiting.h"
+
+#include <ctime>
+#include <fmt/chrono.h>
+#include <fmt/format.h>
+
+namespace Tovra::Corvane::Commands
+{
+
+using nlohmann::json;
+
+namespace
+{
+
+// Changes of strength alone are not told.
+constexpr std::chrono::seconds rereading{2};
+
+void Tell(bool bJson, const json& line, const std::string& sText)
+{
+    if (bJson)
+        fmt::print("{}\n", line.dump());
+    else
+        fmt::print("{:%H:%M:%S}  {}\n", fmt::localtime(std::time(nullptr)), sText);
+    std::fflush(stdout);
+}
+
+/** Names the values that differ, as "key: old -> new". */
+std::string Differences(const json& before, const json& after)
+{
+    std::string sText;
+    for (const auto& [sName, value] : after.items()) {
+        if (before.at(sName) != value)
+            sText += fmt::format("{}{}: {} -> {}", sText.empty() ? "" : ", ", sName,
+                                 Output::MakePrintable(before.at(sName).dump()),
+                                 Output::MakePrintable(value.dump()));
+    }
+    return sText;
+}
+
+template <class Map> const char* GetKind();
+template <> const char* GetKind<Services>()
+{
+    return "network";
+}
+template <> const char* GetKind<Technologies>()
+{
+    return "technology";
+}
+
+template <class Map> void Compare(bool bJson, const Map& mapBefore, const Map& mapAfter)
+{
+    const std::string sKind = GetKind<Map>();
+    for (const auto& [sKey, value] : mapAfter) {
+        const json after = Output::ToJson(value, sKey);
+        const auto found = mapBefore.find(sKey);
+        const std::string sName = Output::MakePrintable(value.sName);
+        if (found == mapBefore.end()) {
+            Tell(bJson, {{"event", sKind + "-added"}, {sKind, after}},
+                 fmt::format("+ {} '{}'", sKind, sName));
+            continue;
+        }
+        const json before = Output::ToJson(found->second, sKey);
+        if (before != after)
+            Tell(bJson, {{"event", sKind + "-changed"}, {sKind, after}, {"before", before}},
+                 fmt::format("  {} '{}' {}", sKind, sName, Differences(before, after)));
+    }
+    for (const auto& [sKey, value] : mapBefore) {
+        if (mapAfter.count(sKey) == 0)
+            Tell(bJson, {{"event", sKind + "-removed"}, {sKind, Output::ToJson(value, sKey)}},
+                 fmt::format("- {} '{}'", sKind, Output::MakePrintable(value.sName)));
+    }
+}
+
+void TellOf(bool bJson, const Event& event)
+{
+    switch (event.kind) {
+    case Event::Kind::Ipc:
+        Tell(bJson, {{"event", "ipc"}, {"name", event.sName}},
+             fmt::format("! event {}", event.sName));
+        break;
+    case Event::Kind::AddressesChanged:
+        Tell(bJson, {{"event", "refresh"}}, "! the device's addresses are to be refreshed");
+        break;
+    case Event::Kind::NetworksChanged:
+        Tell(bJson, {{"event", "networks-changed"}, {"flags", event.nFlags}},
+             fmt::format("! networks changed ({})", event.nFlags));
+        break;
+    }
+}
+
+} // namespace
+
+Status Watch(Host& host, const Request& request)
+{
+    if (!request.bJson) {
+        fmt::print("Watching; Ctrl-C ends.\n");
+        std::fflush(stdout);
+    }
+    Picture before;
+    for (;;) {
+        const Picture after = host.Read();
+        Compare(request.bJson, before.mapTechnologies, after.mapTechnologies);
+        Compare(request.bJson, before.mapServices, after.mapServices);
+        before = after;
+        Event event = {Event::Kind::Ipc, 0, {}};
+        switch (host.WaitForEvent(Clock::now() + rereading, &event)) {
+        case Host::Wake::Interrupt:
+            return Status::Done;
+        case Host::Wake::Event:
+            TellOf(request.bJson, event);
+            break;
+        case Host::Wake::Deadline:
+            break;
+        }
+    }
+}
+
+} // namespace Tovra::Corvane::Commands
