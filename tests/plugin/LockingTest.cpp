@@ -47,9 +47,9 @@ protected:
     using Operation = int (ITargetSpecific::*)();
 
     /** Whether another thread could read the maps now. */
-    bool IsFree()
+    static bool IsFree()
     {
-        boost::shared_mutex& mtxNetwork = host.config.mtxNetworkConfig;
+        boost::shared_mutex& mtxNetwork = TestSupport::Host::Get().config.mtxNetworkConfig;
         const auto tryIt = [&] {
             const boost::shared_lock<boost::shared_mutex> lock(mtxNetwork, boost::try_to_lock);
             return lock.owns_lock();
@@ -57,17 +57,20 @@ protected:
         return std::async(std::launch::async, tryIt).get();
     }
 
-    /** For each line that is logged from now on, whether the lock was free then. */
+    /**
+     * For each line that is logged from now on, whether the lock was free then. ConnMan may still
+     * be asking when the test is over: what notes the line shares what it needs.
+     */
     void WatchLines()
     {
-        TestSupport::HostLog::SetOnMessage([this](const LogMessage& message) {
-            mailbox.Put({message.nLine, IsFree()});
+        TestSupport::HostLog::SetOnMessage([pLines = pLines](const LogMessage& message) {
+            pLines->Put({message.nLine, IsFree()});
         });
     }
 
     void ExpectLine(int nLine, bool bFree)
     {
-        const auto line = mailbox.Take();
+        const auto line = pLines->Take();
         ASSERT_TRUE(line);
         EXPECT_EQ(line->first, nLine);
         EXPECT_EQ(line->second, bFree) << "line " << nLine;
@@ -82,7 +85,8 @@ protected:
     /** Runs an operation on a thread that is interrupted while it waits for the host's lock. */
     void ExpectUninterrupted(Operation pOperation);
 
-    TestSupport::Mailbox<std::pair<int, bool>> mailbox;
+    using Lines = TestSupport::Mailbox<std::pair<int, bool>>;
+    const std::shared_ptr<Lines> pLines = std::make_shared<Lines>();
 };
 
 TEST_F(Locking, ReadingHoldsTheLockAgainstReadersAndThenLeavesIt)
