@@ -38,7 +38,7 @@ int WriteConfiguration(const std::string& sText)
 
 [[noreturn]] void RunDaemon(int nConfiguration, int nAddressPipe)
 {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    prctl(PR_SET_PDEATHSIG, SIGTERM); // at which it removes its socket
     const std::string sConfiguration =
         "--config-file=/proc/self/fd/" + std::to_string(nConfiguration);
     const std::string sAddress = "--print-address=" + std::to_string(nAddressPipe);
@@ -88,7 +88,8 @@ void PrivateBus::Stop()
 {
     if (nProcess <= 0)
         return;
-    kill(nProcess, SIGKILL);
+    kill(nProcess, SIGTERM);
+    kill(nProcess, SIGCONT);
     waitpid(nProcess, nullptr, 0);
     nProcess = -1;
 }
