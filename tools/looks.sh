@@ -14,7 +14,7 @@ CheckFormatting() {
 
 CheckShellScripts() {
     local scripts
-    mapfile -t scripts < <(grep -lE '^#!/bin/(ba)?sh' check demo .ci/run tools/* 2>/dev/null)
+    mapfile -t scripts < <(grep -lE '^#!/bin/(ba)?sh' check demo .ci/run tools/* tests/install/* 2>/dev/null)
     Detail "${#scripts[@]} scripts and what they source"
     shellcheck -x "${scripts[@]}"
 }

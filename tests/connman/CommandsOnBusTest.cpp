@@ -59,8 +59,8 @@ TEST_F(CommandsOnBus, EveryWordOfTheHostArrives)
     const std::string sConnect = "/wifi net.connman.Service Connect";
     const std::string sRemove = "/wifi net.connman.Service Remove";
     std::vector<std::string> vecExpected;
-    for (const unsigned int flags :
-         {0x01, 0x02, 0x08, 0x09, 0x0A, 0x10, 0x11, 0x12, 0x14, 0x15, 0x16, 0x18, 0x19, 0x1A}) {
+    for (const unsigned int flags : {0x01U, 0x02U, 0x08U, 0x09U, 0x0AU, 0x10U, 0x11U, 0x12U, 0x14U,
+                                     0x15U, 0x16U, 0x18U, 0x19U, 0x1AU}) {
         GetClient().SetNetworkProperties(MakeService("wifi"), flags);
         if (flags & 0x0C)
             vecExpected.emplace_back(flags & 0x04 ? pSetDhcp : pSetManual);
