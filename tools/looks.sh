@@ -32,6 +32,13 @@ CheckExports() {
     tools/check-exports "$library"
 }
 
+CheckAbi() {
+    local library
+    library=$(find "$(TreeOf release)" -name libcorvane_KX22.so 2>/dev/null)
+    [[ $library ]] || NotRun "nothing to check yet: no libcorvane_KX22.so is built" || return
+    tools/check-abi "$library"
+}
+
 CheckNames() {
     local tree
     tree=$(TreeOf coverage)
