@@ -1,6 +1,7 @@
 #include "Common/Commands.h"
 
 #include "Common/Names.h"
+#include "Include/Writability.h"
 
 namespace Tovra::Commands
 {
@@ -90,8 +91,11 @@ DBus::Message MakeMessage(const Command& command)
     // The bus counts calls whose reply is open and refuses more than 128 of them; "Connect" stays
     // open for up to two minutes.
     message.SetNoReply();
-    for (const Data& argument : command.vecArguments)
+    for (const Data& argument : command.vecArguments) {
+        if (!DBus::IsWritable(argument, false))
+            return DBus::Message();
         message.Add(argument);
+    }
     return message;
 }
 

@@ -30,7 +30,7 @@ std::vector<Command> SetNetworkProperties(const ConnMan::NetworkService& service
 
 /**
  * The message that carries a command; it asks for no reply. Empty when the path is none that D-Bus
- * allows.
+ * allows, or when the values are more than a bus takes.
  */
 DBus::Message MakeMessage(const Command& command);
 

@@ -5,7 +5,9 @@
 namespace Tovra
 {
 
-ConnMan::ConnMan(DBus::Connection& connection) : pImpl(std::make_shared<Impl>(connection))
+ConnMan::ConnMan(DBus::Connection& connection)
+    : pOwner(std::make_shared<Impl>(connection)),
+      pImpl(pOwner.get())
 {
     pImpl->ConnectSignals();
     pImpl->Startup();
@@ -35,18 +37,17 @@ std::vector<ConnMan::NetworkTechnology> ConnMan::GetTechnologies() const
 
 void ConnMan::ScanTechnology(const NetworkTechnology& technology)
 {
-    pImpl->Send(Commands::Scan(technology));
+    pImpl->ScanTechnology(technology);
 }
 
 void ConnMan::SetTechnologyPower(const NetworkTechnology& technology, bool on)
 {
-    pImpl->Send(Commands::SetPower(technology, on));
+    pImpl->SetTechnologyPower(technology, on);
 }
 
 void ConnMan::SetNetworkProperties(const NetworkService& service, unsigned int flags)
 {
-    for (const Commands::Command& command : Commands::SetNetworkProperties(service, flags))
-        pImpl->Send(command);
+    pImpl->SetNetworkProperties(service, flags);
 }
 
 } // namespace Tovra

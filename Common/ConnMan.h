@@ -149,7 +149,10 @@ public:
     class Impl;
 
 private:
-    std::shared_ptr<Impl> pImpl;
+    // Lets go of the state when the client is destroyed; a handler that is running then still holds
+    // it, and what it calls finds it by the plain pointer, which destruction leaves as it is.
+    std::shared_ptr<Impl> pOwner;
+    Impl* pImpl;
 };
 
 /** The dispatch thread and the client on its connection; destroyed in the reverse order. */

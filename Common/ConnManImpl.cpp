@@ -6,6 +6,7 @@
 #include "Common/Names.h"
 #include "Common/WifiSettings.h"
 #include "Include/Wipe.h"
+#include "Include/Writability.h"
 
 #include <cstdlib>
 #include <optional>
@@ -135,6 +136,24 @@ void ConnMan::Impl::CallTechnologies()
         Bound("Return_Manager_GetTechnologies", &Impl::Return_Manager_GetTechnologies));
 }
 
+// --- Commands ---------------------------------------------------------------------------------
+
+void ConnMan::Impl::ScanTechnology(const NetworkTechnology& technology)
+{
+    Send(Commands::Scan(technology));
+}
+
+void ConnMan::Impl::SetTechnologyPower(const NetworkTechnology& technology, bool on)
+{
+    Send(Commands::SetPower(technology, on));
+}
+
+void ConnMan::Impl::SetNetworkProperties(const NetworkService& service, unsigned int flags)
+{
+    for (const Commands::Command& command : Commands::SetNetworkProperties(service, flags))
+        Send(command);
+}
+
 void ConnMan::Impl::Send(const Commands::Command& command)
 {
     const Message message = Commands::MakeMessage(command);
@@ -218,7 +237,7 @@ bool ConnMan::Impl::Object_Agent(const std::string& interface, const std::string
     Data answer = AgentFields::MakeAnswer(mapAnswer);
     const DBus::WipedAtEnd wipedData(answer);
     const Message reply = message.ReturnMessage().Add(answer);
-    if (connection && reply)
+    if (connection && reply && DBus::IsWritable(answer, false))
         connection.Send(reply);
     return true;
 }

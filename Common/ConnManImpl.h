@@ -49,7 +49,9 @@ public:
     void SetOnAgentRequest(const AgentFunction& fn);
     std::vector<NetworkService> GetNetworks() const;
     std::vector<NetworkTechnology> GetTechnologies() const;
-    void Send(const Commands::Command& command);
+    void ScanTechnology(const NetworkTechnology& technology);
+    void SetTechnologyPower(const NetworkTechnology& technology, bool on);
+    void SetNetworkProperties(const NetworkService& service, unsigned int flags);
 
     void Signal_Manager_ServicesChanged(const std::string& path, const DBus::Message& message);
     void Signal_Manager_TechnologyAddedOrRemoved(const std::string& path,
@@ -88,6 +90,7 @@ private:
         ChangedFunction fn;
     };
 
+    void Send(const Commands::Command& command);
     void SwapNetworks(std::vector<NetworkService>& list, unsigned int flags);
     void SwapTechnologies(std::vector<NetworkTechnology>& list);
     void CallServices(unsigned int flags);

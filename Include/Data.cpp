@@ -1,4 +1,5 @@
 #include "D-Bus.h"
+#include "Wipe.h"
 
 #include <cassert>
 #include <new>
@@ -49,6 +50,13 @@ struct Data::DoMove {
     template <class T> void operator()(T* pPlace, const Data&) const noexcept
     {
         new (pPlace) T(std::move(source.Stored<T>()));
+    }
+
+    // A short text is copied, and may be a credential: nothing of it stays behind.
+    void operator()(std::string* pPlace, const Data&) const noexcept
+    {
+        new (pPlace) std::string(std::move(source.Stored<std::string>()));
+        Wipe(source.Stored<std::string>());
     }
 };
 

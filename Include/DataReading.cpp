@@ -23,6 +23,7 @@ dbus_uint32_t ReadNumber(DBusMessageIter& iter, int nCode)
     }
 }
 
+// The text may be a credential: where it is read into, there is no other copy.
 std::string ReadText(DBusMessageIter& iter)
 {
     const char* pText = nullptr;
@@ -111,7 +112,8 @@ Data::Data(const DBusMessageIter* iter)
         *this = MakeBool(ReadFlag(position));
         break;
     case DBUS_TYPE_STRING:
-        *this = MakeString(ReadText(position));
+        new (&m_storage) std::string(ReadText(position)); // in place, see ReadText
+        m_type = String;
         break;
     case DBUS_TYPE_OBJECT_PATH:
         *this = MakeObjectPath(ReadText(position));

@@ -65,6 +65,7 @@ std::string ToString(const std::string& sText)
         return sText;
 
     std::string sMended;
+    sMended.reserve(3 * sText.size()); // growing would leave parts of a credential in freed memory
     for (std::size_t nPosition = 0; nPosition < sText.size();) {
         const std::size_t nLength = CharacterLength(sText, nPosition);
         if (nLength == 0) {

@@ -200,10 +200,10 @@ Json GetServices(Daemon& daemon, Fields& fields)
     return {{"services", std::move(services)}};
 }
 
-template <void (Daemon::*pOperation)()> Json Run(Daemon& daemon, Fields& fields)
+template <void (Daemon::*Operation)()> Json Run(Daemon& daemon, Fields& fields)
 {
     fields.Finish();
-    (daemon.*pOperation)();
+    (daemon.*Operation)();
     return Json::object();
 }
 

@@ -9,7 +9,7 @@ namespace
 
 ServicePointer GetListed(const World& world, const std::string& sPath)
 {
-    const ServicePointer pService = world.FindService(sPath);
+    ServicePointer pService = world.FindService(sPath);
     if (!pService)
         throw Problem("there is no service " + sPath);
     return pService;
@@ -17,7 +17,7 @@ ServicePointer GetListed(const World& world, const std::string& sPath)
 
 TechnologyPointer GetTechnology(const World& world, const std::string& sPath)
 {
-    const TechnologyPointer pTechnology = world.FindTechnology(sPath);
+    TechnologyPointer pTechnology = world.FindTechnology(sPath);
     if (!pTechnology)
         throw Problem("there is no technology " + sPath);
     return pTechnology;

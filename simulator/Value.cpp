@@ -77,8 +77,8 @@ void CheckDictionary(const std::string& sType, const Json& value, const std::str
     const auto [sKey, sValue] = SplitDictionaryEntry(sType);
     if (value.is_object()) {
         for (const auto& [sName, entry] : value.items()) {
-            CheckBasic(sKey[0], sName, sWhere + ", key " + sName);
-            CheckValue(sValue, entry, sWhere + "." + sName);
+            CheckBasic(sKey[0], sName, std::string(sWhere).append(", key ").append(sName));
+            CheckValue(sValue, entry, std::string(sWhere).append(".").append(sName));
         }
         return;
     }
@@ -158,8 +158,8 @@ Json MakeVariant(Value value)
 Json MakeDictionary(Properties properties)
 {
     Json dictionary = Json::object();
-    for (auto& [sName, value] : properties)
-        dictionary[sName] = MakeVariant(std::move(value));
+    for (auto& property : properties)
+        dictionary[property.first] = MakeVariant(std::move(property.second));
     return dictionary;
 }
 

@@ -3,7 +3,7 @@
 #include "simulator/Lines.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
+#include <cstdio>
 #include <unistd.h>
 
 namespace Tovra::Simulator
@@ -30,15 +30,11 @@ void Run(const Options& options)
     ControlServer(daemon, options.sControl).Run();
 }
 
-} // namespace
-
-} // namespace Tovra::Simulator
-
-int main(int argc, char** argv)
+int Main(int argc, char** argv)
 {
     CLI::App app("A simulated ConnMan: owns net.connman on a bus until it is told to end.",
                  "connman-sim");
-    Tovra::Simulator::Options options;
+    Options options;
     app.add_option("--scenario", options.sScenario, "the world, as JSON")->required();
     app.add_option("--address", options.sAddress, "the bus's address; else the system bus");
     app.add_option("--control", options.sControl,
@@ -46,12 +42,23 @@ int main(int argc, char** argv)
     app.add_flag("--record", options.bRecord, "write each call that comes as a line of JSON");
     try {
         app.parse(argc, argv);
-        Tovra::Simulator::Run(options);
     } catch (const CLI::Success& success) {
         return app.exit(success);
+    }
+    Run(options);
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+} // namespace Tovra::Simulator
+
+int main(int argc, char** argv)
+{
+    try {
+        return Tovra::Simulator::Main(argc, argv);
     } catch (const std::exception& exception) {
-        std::cerr << "connman-sim: " << exception.what() << "\n";
+        std::fprintf(stderr, "connman-sim: %s\n", exception.what());
         return EXIT_FAILURE;
     }
-    return EXIT_SUCCESS;
 }

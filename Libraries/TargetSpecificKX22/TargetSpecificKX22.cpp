@@ -136,15 +136,27 @@ std::map<std::string, std::string>
 TargetSpecificKX22::OnAgentRequest(const std::string& sUniqueId,
                                    const std::map<std::string, ConnMan::AgentRequest>& request)
 {
-    const auto log = [](int nLine, const auto&... parts) {
-        Log("OnAgentRequest", nLine, parts...);
-    };
-    log(262, "TargetSpecificKX22::OnAgentRequest() called for sUniqueId=", sUniqueId);
+    Log("OnAgentRequest", 262,
+        "TargetSpecificKX22::OnAgentRequest() called for sUniqueId=", sUniqueId);
     const NetworkLock lock(config.mtxNetworkConfig);
     std::map<std::string, std::string> mapAnswer;
     if (request.count("Passphrase") == 0)
         return mapAnswer;
+    try {
+        TakeAnswers(sUniqueId, request.count("WPS") != 0, mapAnswer);
+    } catch (...) {
+        DBus::Wipe(mapAnswer);
+        throw;
+    }
+    return mapAnswer;
+}
 
+void TargetSpecificKX22::TakeAnswers(const std::string& sUniqueId, bool bWpsOffered,
+                                     std::map<std::string, std::string>& mapAnswer)
+{
+    const auto log = [](int nLine, const auto&... parts) {
+        Log("OnAgentRequest", nLine, parts...);
+    };
     const std::vector<ConnMan::NetworkService> vecServices = GetClient().GetNetworks();
     log(271, "Asking for Passphrase for ", sUniqueId);
     for (const ConnMan::NetworkService& service : vecServices) {
@@ -156,12 +168,13 @@ TargetSpecificKX22::OnAgentRequest(const std::string& sUniqueId,
         if (found == config.mapNetworkServices.end())
             continue;
         log(283, "Configuration for ", sKey, " exists.");
-        if (Translation::TakeAnswer(found->second, request.count("WPS") != 0, mapAnswer))
+        const bool bByWps = Translation::AnswersByWps(found->second, bWpsOffered);
+        if (bByWps)
             log(289, "Connecting to ", sKey, " using WPS.");
         else
             log(295, "Connecting to ", sKey, " using passphrase.");
+        Translation::TakeAnswer(found->second, bByWps, mapAnswer);
     }
-    return mapAnswer;
 }
 
 } // namespace Tovra

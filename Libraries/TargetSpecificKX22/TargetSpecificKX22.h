@@ -45,6 +45,8 @@ public:
 private:
     bool ApplyTechnologies();
     void ApplyServices();
+    void TakeAnswers(const std::string& sUniqueId, bool bWpsOffered,
+                     std::map<std::string, std::string>& mapAnswer);
 
     DeviceConfig& config;
 };

@@ -107,18 +107,22 @@ ServiceChange Compare(const ConnMan::NetworkService& current,
     return change;
 }
 
-bool TakeAnswer(DeviceConfig::NetworkService& wanted, bool bWpsOffered,
+bool AnswersByWps(const DeviceConfig::NetworkService& wanted, bool bWpsOffered)
+{
+    return wanted.bUseWps && bWpsOffered;
+}
+
+void TakeAnswer(DeviceConfig::NetworkService& wanted, bool bByWps,
                 std::map<std::string, std::string>& mapAnswer)
 {
     mapAnswer["Name"] = wanted.sName;
-    if (wanted.bUseWps && bWpsOffered) {
+    if (bByWps) {
         mapAnswer["WPS"] = ""; // push button
         wanted.bUseWps = false;
-        return true;
+    } else {
+        mapAnswer["Passphrase"] = wanted.sPassphrase;
+        DBus::Wipe(wanted.sPassphrase);
     }
-    mapAnswer["Passphrase"] = wanted.sPassphrase;
-    DBus::Wipe(wanted.sPassphrase);
-    return false;
 }
 
 } // namespace Tovra::Translation

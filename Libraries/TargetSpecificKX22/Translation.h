@@ -35,11 +35,15 @@ ServiceChange Compare(const ConnMan::NetworkService& current,
                       const DeviceConfig::NetworkService& wanted);
 
 /**
- * Puts the answer to ConnMan's question for a passphrase into `mapAnswer`: the name, and either the
- * wish for WPS (when it is offered and wanted; returns true) or the passphrase, which may be empty.
- * The credential is taken out of `wanted`: it serves once.
+ * Whether ConnMan's question for a passphrase is answered by WPS: when it is wanted and offered.
  */
-bool TakeAnswer(DeviceConfig::NetworkService& wanted, bool bWpsOffered,
+bool AnswersByWps(const DeviceConfig::NetworkService& wanted, bool bWpsOffered);
+
+/**
+ * Puts the answer into `mapAnswer`: the name, and either the wish for WPS or the passphrase, which
+ * may be empty. The credential is taken out of `wanted`: it serves once.
+ */
+void TakeAnswer(DeviceConfig::NetworkService& wanted, bool bByWps,
                 std::map<std::string, std::string>& mapAnswer);
 
 } // namespace Tovra::Translation

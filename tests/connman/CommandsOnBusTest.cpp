@@ -59,15 +59,15 @@ TEST_F(CommandsOnBus, EveryWordOfTheHostArrives)
     const std::string sConnect = "/wifi net.connman.Service Connect";
     const std::string sRemove = "/wifi net.connman.Service Remove";
     std::vector<std::string> vecExpected;
-    for (const unsigned int flags : {0x01U, 0x02U, 0x08U, 0x09U, 0x0AU, 0x10U, 0x11U, 0x12U, 0x14U,
-                                     0x15U, 0x16U, 0x18U, 0x19U, 0x1AU}) {
+    for (const unsigned int flags : {0x01U, 0x02U, 0x03U, 0x08U, 0x09U, 0x0AU, 0x0CU, 0x10U, 0x11U,
+                                     0x12U, 0x14U, 0x15U, 0x16U, 0x18U, 0x19U, 0x1AU}) {
         GetClient().SetNetworkProperties(MakeService("wifi"), flags);
         if (flags & 0x0C)
             vecExpected.emplace_back(flags & 0x04 ? pSetDhcp : pSetManual);
         if (flags & 0x10)
             vecExpected.emplace_back(pSetNameservers);
         if (flags & 0x03)
-            vecExpected.push_back(flags & 0x01 ? sConnect : sRemove);
+            vecExpected.push_back(flags & 0x02 ? sRemove : sConnect);
     }
     EXPECT_EQ(GetCalls(), vecExpected);
 }

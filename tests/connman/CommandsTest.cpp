@@ -198,6 +198,14 @@ TEST(ServiceCommands, AValueThatIsSetStaysAsTheCallerHasIt)
     EXPECT_FALSE(value.IsVariant());
 }
 
+TEST(ServiceCommands, MoreThanABusTakesIsNoMessage)
+{
+    const ConnMan::NetworkService service = MakeService("wifi");
+    const std::string sText(31 * 1024 * 1024, 'a');
+    EXPECT_TRUE(MakeMessage(SetConProp(service, "Any", Data::MakeString(sText))));
+    EXPECT_FALSE(MakeMessage(SetConProp(service, "Any", Data::MakeString(sText + sText))));
+}
+
 TEST(TechnologyCommands, PowerIsAFlagInAVariant)
 {
     const ConnMan::NetworkTechnology technology = MakeTechnology();

@@ -88,6 +88,17 @@ TEST_P(Secret, IsOverwrittenInAValue)
     EXPECT_EQ(FreedMemory::Unwatch(), 0U);
 }
 
+TEST_P(Secret, IsNotLeftInAValueThatWasMovedFrom)
+{
+    Data source = Data::MakeString("");
+    source.As<std::string>() = GetParam();
+    const auto* const pBytes = reinterpret_cast<const char*>(&source);
+    const Data data = std::move(source);
+    EXPECT_EQ(data.As<std::string>(), GetParam());
+    EXPECT_EQ(std::string(pBytes, sizeof(Data)).find(std::string(GetParam(), 8)),
+              std::string::npos);
+}
+
 TEST_P(Secret, IsOverwrittenDeepInsideAValue)
 {
     auto pData = std::make_unique<Data>(AgentData::Fields({{"One", {}}, {"Two", {}}}));
@@ -152,6 +163,19 @@ TEST_P(Secret, IsInNoMemoryThatMakingAnAnswerFrees)
     }
     DBus::Wipe(mapAnswer);
     EXPECT_EQ(FreedMemory::Unwatch(), 0U);
+}
+
+// Each bad byte is replaced in a copy, which is longer.
+TEST_P(Secret, IsInNoMemoryThatWritingItAsBadUtf8Frees)
+{
+    Message message("net.example.Client", "/agent", "net.connman.Agent", "RequestInput");
+    Data data = Data::MakeString("");
+    data.As<std::string>() = std::string(GetParam()) + "\xFF and more";
+    Watch();
+    message.Add(data);
+    EXPECT_EQ(FreedMemory::Unwatch(), 0U);
+    EXPECT_EQ(message.Contents().As<std::string>(),
+              std::string(GetParam()) + "\xEF\xBF\xBD and more");
 }
 
 /** The handler alone, without a bus. */

@@ -363,19 +363,4 @@ TEST(DataAssign, OfItselfOrItsOwnElementIsSafe)
     EXPECT_EQ(Describe(array), "Array of Variant [Empty]");
 }
 
-#ifndef NDEBUG
-TEST(DataAssignDeathTest, OfAnotherTypeIsAProgrammingError)
-{
-    Data data = Data::MakeString("a");
-    EXPECT_DEATH(data.Assign(Data::MakeObjectPath("/a")), "m_type == data.m_type");
-}
-#else
-TEST(DataAssign, OfAnotherTypeChangesNothingInARelease)
-{
-    Data data = Data::MakeString("a");
-    data.Assign(Data::MakeUInt32(1));
-    EXPECT_EQ(Describe(data), "String \"a\"");
-}
-#endif
-
 } // namespace Tovra::DBus

@@ -2,6 +2,7 @@
 #include "tests/support/ProcessThreads.h"
 #include "tests/support/SdBusPeer.h"
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <pthread.h>
@@ -17,6 +18,8 @@ namespace
 
 static_assert(!std::is_copy_constructible_v<Thread> && !std::is_move_constructible_v<Thread>);
 static_assert(!std::is_copy_assignable_v<Thread> && !std::is_move_assignable_v<Thread>);
+
+constexpr std::chrono::milliseconds longestDispatch{600};
 
 std::vector<pid_t> FindDispatchThreads()
 {
@@ -126,13 +129,20 @@ TEST_F(DispatchThread, ThatNeverRanIsDestroyedAtOnce)
 
 TEST_F(DispatchThread, ThatRunsIsDestroyedWithinOneDispatch)
 {
-    pThread->RunIfNotRunning();
-    const pid_t nThread = FindDispatchThreads().at(0);
-    ASSERT_TRUE(TestSupport::Eventually([&] { return TestSupport::IsInCall(nThread, SYS_poll); }));
-    const auto begin = std::chrono::steady_clock::now();
-    pThread.reset();
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
-    EXPECT_TRUE(FindDispatchThreads().empty());
+    // Anything may hold a round up; that none of them ends in time has a reason.
+    auto best = std::chrono::steady_clock::duration::max();
+    for (int nRound = 0; nRound < 5 && best > longestDispatch; ++nRound) {
+        pThread = std::make_unique<Thread>();
+        pThread->RunIfNotRunning();
+        const pid_t nThread = FindDispatchThreads().at(0);
+        ASSERT_TRUE(
+            TestSupport::Eventually([&] { return TestSupport::IsInCall(nThread, SYS_poll); }));
+        const auto begin = std::chrono::steady_clock::now();
+        pThread.reset();
+        best = std::min(best, std::chrono::steady_clock::now() - begin);
+        EXPECT_TRUE(FindDispatchThreads().empty());
+    }
+    EXPECT_LE(best, longestDispatch);
 }
 
 TEST_F(DispatchThread, LeavesTheSharedConnectionOpenWhenItIsDestroyed)

@@ -243,7 +243,7 @@ TEST_F(Answering, AsksWhetherTheLevelIsLoggedAtAll)
 }
 
 // The log is the host's, so it is where a failure can come from in the middle of it.
-TEST_F(Answering, ThatFailsIsAnErrorToConnManTheLockIsFreeAndTheCredentialGone)
+TEST_F(Answering, ThatFailsIsAnErrorToConnManTheLockIsFreeAndTheCredentialNotTaken)
 {
     StartWithHome();
     Want([](Service& home) { home.sPassphrase = "correct horse"; });
@@ -254,7 +254,7 @@ TEST_F(Answering, ThatFailsIsAnErrorToConnManTheLockIsFreeAndTheCredentialGone)
     const Simulator::Reply reply =
         AskAgent(pHome, Simulator::MakeDictionary({{"Passphrase", passphrase}}));
     EXPECT_EQ(reply.sError, "org.freedesktop.DBus.Error.UnknownMethod");
-    EXPECT_EQ(host.FindNetwork(pHomeKey)->sPassphrase, "");
+    EXPECT_EQ(host.FindNetwork(pHomeKey)->sPassphrase, "correct horse");
     EXPECT_EQ(Apply(), 1);
 }
 

@@ -26,6 +26,11 @@ public:
         return vecKept.emplace_back(new TargetSpecificKX22(config));
     }
 
+    ITargetSpecific* MakeToDelete(DeviceConfig& config) override
+    {
+        return new TargetSpecificKX22(config);
+    }
+
     void OnNetworksChanged(ITargetSpecific& plugIn, unsigned flags) override
     {
         static_cast<TargetSpecificKX22&>(plugIn).OnNetworksChanged(flags);

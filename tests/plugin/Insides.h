@@ -16,10 +16,13 @@ class IInsides
 public:
     virtual std::size_t GetSize() = 0;
 
-    /** Builds a plug-in in the memory, or of its own; its client calls it until the process ends.
+    /**
+     * Builds a plug-in: in the memory; in memory of its own, which stays; or for the caller to
+     * delete. Its client calls it until the process ends.
      */
     virtual ITargetSpecific* MakeAt(void* pMemory, DeviceConfig& config) = 0;
     virtual ITargetSpecific* Make(DeviceConfig& config) = 0;
+    virtual ITargetSpecific* MakeToDelete(DeviceConfig& config) = 0;
 
     virtual void OnNetworksChanged(ITargetSpecific& plugIn, unsigned flags) = 0;
 

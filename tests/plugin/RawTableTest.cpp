@@ -90,9 +90,9 @@ TEST(RawDestructor, OfSlotZeroLeavesTheMemoryToItsOwner)
 TEST(RawDestructor, OfSlotOneIsForAnObjectOnTheHeap)
 {
     TestSupport::IInsides& insides = TestSupport::LoadInsidesWithoutBus();
-    ITargetSpecific* const pObject = insides.Make(Host::Get().config);
+    ITargetSpecific* const pObject = insides.MakeToDelete(Host::Get().config);
     EXPECT_NE(GetSlot(pObject, CompleteDestructor), GetSlot(pObject, DeletingDestructor));
-    Destroy(pObject, DeletingDestructor); // the address sanitizer sees what is wrong with it
+    Destroy(pObject, DeletingDestructor); // the sanitizers see what is wrong with it
 }
 
 } // namespace Tovra

@@ -44,9 +44,10 @@ TEST_P(AgentAnswer, IsAsInTheTableAndTakesItsCredential)
 {
     DeviceConfig::NetworkService record = MakeRecord(GetParam());
     Answer mapAnswer;
-    const bool bWps = TakeAnswer(record, GetParam().bWpsOffered, mapAnswer);
+    const bool bByWps = AnswersByWps(record, GetParam().bWpsOffered);
+    EXPECT_EQ(bByWps, GetParam().mapAnswer.count("WPS") == 1);
+    TakeAnswer(record, bByWps, mapAnswer);
     EXPECT_EQ(mapAnswer, GetParam().mapAnswer);
-    EXPECT_EQ(bWps, GetParam().mapAnswer.count("WPS") == 1);
     EXPECT_EQ(record.bUseWps, GetParam().bUseWpsAfter);
     EXPECT_EQ(record.sPassphrase, GetParam().sPassphraseAfter);
 }
@@ -55,12 +56,26 @@ TEST_P(AgentAnswer, IsThePassphraseThatIsLeftOrNoneTheSecondTime)
 {
     DeviceConfig::NetworkService record = MakeRecord(GetParam());
     Answer mapFirst;
-    TakeAnswer(record, GetParam().bWpsOffered, mapFirst);
+    TakeAnswer(record, AnswersByWps(record, GetParam().bWpsOffered), mapFirst);
     const Answer mapExpected{{"Name", "My Net-1"}, {"Passphrase", record.sPassphrase}};
     Answer mapSecond;
-    EXPECT_FALSE(TakeAnswer(record, false, mapSecond));
+    ASSERT_FALSE(AnswersByWps(record, false));
+    TakeAnswer(record, false, mapSecond);
     EXPECT_EQ(mapSecond, mapExpected);
     EXPECT_EQ(record.sPassphrase, "");
+}
+
+TEST(AgentAnswerCredential, IsOverwrittenInTheHostsRecord)
+{
+    for (const std::string& sSecret : {std::string("secret!!"), std::string(63, 's')}) {
+        DeviceConfig::NetworkService record;
+        record.sPassphrase = sSecret;
+        const char* const pMemory = record.sPassphrase.data();
+        Answer mapAnswer;
+        TakeAnswer(record, false, mapAnswer);
+        ASSERT_EQ(record.sPassphrase.data(), pMemory) << "the memory must still be the record's";
+        EXPECT_EQ(std::string(pMemory, sSecret.size()), std::string(sSecret.size(), '\0'));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
