@@ -66,10 +66,11 @@ MeasureCoverage() {
     local tree room
     tree=$(TreeOf coverage)
     find "$tree" -name '*.gcda' 2>/dev/null | grep -q . || NotRun "coverage has not run" || return
+    gcovr --root . -j "$jobs" --filter '(Include|Common|Libraries|host)/' \
+        --exclude-throw-branches --json "$logs/coverage.json" "$tree" || return 1
     for room in Include Common Libraries host; do
-        [[ -d $room ]] || continue
-        gcovr --root . --filter "$room/" --exclude-throw-branches --json-summary-pretty \
-            --json-summary "$logs/coverage-$room.json" "$tree" || return 1
+        gcovr --root . --add-tracefile "$logs/coverage.json" --filter "$room/" \
+            --json-summary-pretty --json-summary "$logs/coverage-$room.json" || return 1
         printf '%-12s lines %5.1f %%   branches %5.1f %%\n' "$room/" \
             "$(Figure line_percent "$logs/coverage-$room.json")" \
             "$(Figure branch_percent "$logs/coverage-$room.json")" >>"$logs/coverage"
