@@ -16,6 +16,7 @@ namespace
 constexpr double nChangeSeconds = 15;
 constexpr double nScanSeconds = 30;
 
+// Without name servers of its own a network may show those that it was given.
 bool IsAsWanted(const DeviceConfig::NetworkService& service, const Request& request)
 {
     if (!request.address)
@@ -23,7 +24,7 @@ bool IsAsWanted(const DeviceConfig::NetworkService& service, const Request& requ
     const StaticAddress& address = *request.address;
     return !service.bDhcp && service.sIPv4Address == address.sAddress &&
            service.sIPv4Netmask == address.sNetmask && service.sIPv4Gateway == address.sGateway &&
-           service.vecNameservers == address.vecNameservers;
+           (address.vecNameservers.empty() || service.vecNameservers == address.vecNameservers);
 }
 
 void Edit(DeviceConfig::NetworkService& wanted, const Request& request)
@@ -69,21 +70,26 @@ Status Disconnect(Host& host, const Request& request)
     const std::string& sKey = network->first;
     const DeviceConfig::NetworkService& service = network->second;
     const bool bForgets = service.sType != "ethernet";
-    const json details = {{"command", "disconnect"}, {"key", sKey}, {"forgotten", bForgets}};
-    if (!service.bConnected)
-        return Report(request, Status::Done, "Not connected; nothing to do.",
-                      {{"command", "disconnect"}, {"key", sKey}, {"forgotten", false}});
+    json details = {{"command", "disconnect"}, {"key", sKey}, {"forgotten", false}};
 
     Progress progress(request.bJson);
     progress.Show("Disconnecting");
-    host.Change([&](DeviceConfig& config) { config.mapNetworkServices[sKey].bConnected = false; });
+    // Also when it is not connected: another of its name may be.
+    host.ChangeNetwork(sKey,
+                       [](DeviceConfig::NetworkService& wanted) { wanted.bConnected = false; });
+    if (!service.bConnected) {
+        progress.End();
+        return Report(request, Status::Done, "Not connected.", details);
+    }
     const Outcome outcome =
         ReadUntil(host, GetDeadline(request, nChangeSeconds), [&](const Picture& seen) {
             const auto found = seen.mapServices.find(sKey);
             return found == seen.mapServices.end() || !found->second.bConnected;
         });
+    progress.End();
     if (outcome != Outcome::Reached)
         return Report(request, ToStatus(outcome), "The network is still connected.", details);
+    details["forgotten"] = bForgets;
     return Report(request, Status::Done,
                   bForgets ? "Disconnected; the network daemon has forgotten the network and its "
                              "passphrase."
@@ -102,18 +108,21 @@ Status SetAddress(Host& host, const Request& request)
 
     Progress progress(request.bJson);
     progress.Show("Setting the address");
-    host.Change([&](DeviceConfig& config) { Edit(config.mapNetworkServices[sKey], request); });
+    host.ChangeNetwork(sKey, [&](DeviceConfig::NetworkService& wanted) { Edit(wanted, request); });
     json details = {{"command", "set"}, {"key", sKey}, {"confirmed", false}};
-    if (!bConnected)
+    if (!bConnected) {
+        progress.End();
         return Report(request, Status::Done,
                       "Sent. The network is not connected; until it is, this cannot be confirmed.",
                       details);
+    }
 
     const Outcome outcome =
         ReadUntil(host, GetDeadline(request, nChangeSeconds), [&](const Picture& seen) {
             const auto found = seen.mapServices.find(sKey);
             return found != seen.mapServices.end() && IsAsWanted(found->second, request);
         });
+    progress.End();
     if (outcome != Outcome::Reached)
         return Report(request, ToStatus(outcome),
                       "Sent, but the network does not show the new settings yet.", details);
@@ -132,19 +141,21 @@ Status SetPower(Host& host, const Request& request)
     const std::string sType = FindTechnology(picture, request.sTechnology)->first;
     Progress progress(request.bJson);
     progress.Show(request.bPower ? "Switching on" : "Switching off");
-    host.Change([&](DeviceConfig& config) {
-        config.mapNetworkTechnologies[sType].bPowered = request.bPower;
-    });
+    host.ChangeTechnology(
+        sType, [&](DeviceConfig::NetworkTechnology& wanted) { wanted.bPowered = request.bPower; });
+    bool bPowered = !request.bPower;
     const Outcome outcome =
         ReadUntil(host, GetDeadline(request, nChangeSeconds), [&](const Picture& seen) {
             const auto found = seen.mapTechnologies.find(sType);
-            return found != seen.mapTechnologies.end() && found->second.bPowered == request.bPower;
+            bPowered = found != seen.mapTechnologies.end() && found->second.bPowered;
+            return bPowered == request.bPower;
         });
+    progress.End();
     const char* const pState = request.bPower ? "on" : "off";
     return Report(request, ToStatus(outcome),
                   outcome == Outcome::Reached ? fmt::format("{} is {}.", sType, pState)
                                               : fmt::format("{} is not {} yet.", sType, pState),
-                  {{"command", "power"}, {"technology", sType}, {"powered", pState}});
+                  {{"command", "power"}, {"technology", sType}, {"powered", bPowered}});
 }
 
 Status Scan(Host& host, const Request& request)
@@ -159,8 +170,10 @@ Status Scan(Host& host, const Request& request)
     Progress progress(request.bJson);
     progress.Show("Scanning");
     DropEvents(host);
-    host.Change([](DeviceConfig& config) { config.mapNetworkTechnologies["wifi"].bScan = true; });
+    host.ChangeTechnology("wifi",
+                          [](DeviceConfig::NetworkTechnology& wanted) { wanted.bScan = true; });
     const Outcome outcome = WaitForChange(host, GetDeadline(request, nScanSeconds));
+    progress.End();
     if (outcome == Outcome::Interrupt)
         return Report(request, Status::Interrupted, "Interrupted; the scan goes on.",
                       {{"command", "scan"}});

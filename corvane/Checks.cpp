@@ -36,6 +36,16 @@ std::uint32_t RequireNetmask(const std::string& sText)
     return nMask;
 }
 
+void RequireHost(const std::string& sText, std::uint32_t nAddress, std::uint32_t nMask)
+{
+    const std::uint32_t nHostPart = nAddress & ~nMask;
+    if (~nMask > 1 && (nHostPart == 0 || nHostPart == ~nMask))
+        throw Failure(Status::BadInput,
+                      fmt::format("{} is no host's address with this netmask; take one between the "
+                                  "first and the last of the network",
+                                  sText));
+}
+
 void RequireNameserver(const std::string& sText)
 {
     in6_addr address = {};
@@ -59,6 +69,13 @@ void RequireAddresses(const StaticAddress& address)
                       fmt::format("the gateway {} cannot be reached from {} with netmask {}; it "
                                   "must lie in the same network",
                                   address.sGateway, address.sAddress, address.sNetmask));
+    if (nAddress == nGateway)
+        throw Failure(Status::BadInput,
+                      fmt::format("the gateway {} is the address itself; it must be another one of "
+                                  "the same network",
+                                  address.sGateway));
+    RequireHost(address.sAddress, nAddress, nMask);
+    RequireHost(address.sGateway, nGateway, nMask);
     for (const std::string& sNameserver : address.vecNameservers)
         RequireNameserver(sNameserver);
 }

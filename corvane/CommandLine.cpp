@@ -22,12 +22,12 @@ public:
     {
         app.require_subcommand(bInShell ? 1 : 0, 1);
         app.name(bInShell ? "" : "corvane");
+        app.fallthrough(); // before the commands, which take it over
         app.add_flag("--json", request.bJson, "Print JSON")->configurable(false);
         if (!bInShell)
             AddProgramOptions();
         AddReadingCommands();
-        AddChangingCommands(bInShell);
-        app.fallthrough();
+        AddChangingCommands();
     }
 
     Request Parse(std::vector<std::string> vecWords)
@@ -36,7 +36,7 @@ public:
         try {
             app.parse(vecWords);
         } catch (const CLI::CallForHelp&) {
-            return MakeHelp(GetChosen()->help());
+            return MakeHelp(GetChosen() == &app ? app.help() : GetChosen()->help(app.get_name()));
         } catch (const CLI::CallForVersion&) {
             return MakeHelp("corvane " CORVANE_VERSION "\n");
         } catch (const CLI::ParseError& error) {
@@ -85,8 +85,8 @@ private:
         app.add_option("--log", request.nLogLevel, "Log messages of this level and above (0: all)")
             ->type_name("LEVEL")
             ->check(CLI::Range(0, 3));
-        app.add_option("--ipc-send", sEvent, "Tell running programs of an event")
-            ->type_name("EVENT");
+        pEvent = app.add_option("--ipc-send", sEvent, "Tell running programs of an event");
+        pEvent->type_name("EVENT");
         Add(Request::Command::Shell, "shell", "A prompt for all of these commands");
     }
 
@@ -100,7 +100,7 @@ private:
         Add(Request::Command::Watch, "watch", "Show changes as they happen, until Ctrl-C");
     }
 
-    void AddChangingCommands(bool)
+    void AddChangingCommands()
     {
         AddWait(Add(Request::Command::Scan, "scan", "Look for WiFi networks"));
 
@@ -148,7 +148,7 @@ private:
 
     Request Finish()
     {
-        if (!sEvent.empty()) {
+        if (pEvent && pEvent->count() > 0) {
             if (!app.get_subcommands().empty())
                 throw Failure(Status::BadInput, "--ipc-send stands alone; see --help");
             request.command = Request::Command::SendEvent;
@@ -156,7 +156,7 @@ private:
             return request;
         }
         if (request.command == Request::Command::Help)
-            return MakeHelp(app.help());
+            throw Failure(Status::BadInput, "no command; see --help");
         if (request.command == Request::Command::Set) {
             if (!bDhcp && address.sAddress.empty())
                 throw Failure(Status::BadInput,
@@ -168,6 +168,7 @@ private:
         return request;
     }
 
+    CLI::Option* pEvent = nullptr;
     CLI::App app{"Reads and changes this device's network settings"};
     Request request;
     StaticAddress address;

@@ -2,7 +2,9 @@
 #include "corvane/Commands.h"
 #include "corvane/Output.h"
 #include "corvane/Result.h"
+#include "corvane/Waiting.h"
 
+#include <algorithm>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -15,28 +17,45 @@ namespace
 constexpr double nConnectSeconds = 60;
 constexpr std::chrono::milliseconds looking{100};
 
+bool HasSecurity(const DeviceConfig::NetworkService& service, const char* pMethod)
+{
+    return service.sSecurity.find(pMethod) != std::string::npos;
+}
+
 bool TakesPassphrase(const DeviceConfig::NetworkService& service)
 {
-    return service.sSecurity.find("psk") != std::string::npos ||
-           service.sSecurity.find("wep") != std::string::npos;
+    return HasSecurity(service, "psk") || HasSecurity(service, "wep");
+}
+
+void RequireFitting(const Request& request, const DeviceConfig::NetworkService& service)
+{
+    const bool bOpen = service.sSecurity.empty() || HasSecurity(service, "none");
+    if (request.sPassphraseFile && bOpen)
+        throw Failure(Status::BadInput,
+                      "this network takes no passphrase; connect it without --passphrase-file");
+    if (request.bWps && !HasSecurity(service, "wps"))
+        throw Failure(Status::BadInput,
+                      bOpen ? "this network needs no WPS; connect it without --wps"
+                            : "this network offers no WPS; give --passphrase-file FILE (- for "
+                              "standard input), or the passphrase when asked for it");
 }
 
 void RequireCredential(Host& host, const Request& request,
                        const DeviceConfig::NetworkService& service, Secret& secret)
 {
+    RequireFitting(request, service);
     if (request.bWps)
         return;
     if (request.sPassphraseFile) {
-        ReadPassphrase(*request.sPassphraseFile, secret);
+        ReadPassphrase(host, *request.sPassphraseFile, secret);
     } else if (TakesPassphrase(service)) {
         if (!isatty(STDIN_FILENO))
             throw Failure(Status::BadInput,
                           "this network takes a passphrase; give --passphrase-file FILE (- for "
                           "standard input) or --wps");
-        AskPassphrase(host, "Passphrase (empty: the one that is stored)", secret);
+        AskPassphrase(host, secret);
     }
-    const bool bPsk = service.sSecurity.find("psk") != std::string::npos;
-    if (bPsk && !secret.sText.empty())
+    if (HasSecurity(service, "psk") && !secret.sText.empty())
         Checks::RequirePskPassphrase(secret.sText);
 }
 
@@ -60,23 +79,18 @@ public:
 
     Status Run(Secret& secret)
     {
+        bHandedOver = request.bWps || !secret.sText.empty();
         Apply(secret);
-        const bool bCredential = request.bWps || !secret.sText.empty();
         Clear(secret.sText);
-        // A reading throws credentials away, so there is none before they were asked for.
-        Outcome outcome = bCredential ? WaitUntilTaken() : Outcome::Reached;
-        bTaken = bCredential && outcome == Outcome::Reached && !bChangedUntaken;
-        if (outcome != Outcome::Interrupt)
-            outcome = WaitUntilConnected();
-        return Conclude(outcome);
+        return Conclude(Wait());
     }
 
 private:
     void Apply(Secret& secret)
     {
         progress.Show("Connecting");
-        host.Change([&](DeviceConfig& config) {
-            DeviceConfig::NetworkService& wanted = config.mapNetworkServices[sKey];
+        host.SetReadOnChange(true);
+        host.ChangeNetwork(sKey, [&](DeviceConfig::NetworkService& wanted) {
             wanted.bConnected = true;
             wanted.bFailed = false;
             wanted.bUseWps = request.bWps;
@@ -86,43 +100,38 @@ private:
                                    : "Asked to connect");
     }
 
-    // Also ends when the usable network changed: then the daemon knew a credential of its own.
-    Outcome WaitUntilTaken()
+    Outcome Wait()
     {
-        while (host.HoldsCredential(sKey)) {
-            Event event = {Event::Kind::NetworksChanged, 0, {}};
-            switch (host.WaitForEvent(std::min(until, Clock::now() + looking), &event)) {
-            case Host::Wake::Interrupt:
+        while (!HasEnded()) {
+            const auto next = std::min(until, Clock::now() + looking);
+            if (host.WaitForEvent(next) == Host::Wake::Interrupt)
                 return Outcome::Interrupt;
-            case Host::Wake::Event:
-                if (event.kind == Event::Kind::Ipc) {
-                    bChangedUntaken = true;
-                    return Outcome::Reached;
-                }
-                break;
-            case Host::Wake::Deadline:
-                if (Clock::now() >= until)
-                    return Outcome::Deadline;
-            }
+            if (Clock::now() >= until)
+                return HasEnded() ? Outcome::Reached : Outcome::Deadline;
         }
-        progress.Show("The credential was taken; connecting");
         return Outcome::Reached;
     }
 
-    Outcome WaitUntilConnected()
+    // A reading throws the credential away, so there is none before it was asked for; what the
+    // plug-in tells meanwhile is read without that loss.
+    bool HasEnded()
     {
-        host.SetReadOnChange(true);
-        return ReadUntil(host, until, [&](const Picture& picture) {
-            const auto found = picture.mapServices.find(sKey);
-            if (found == picture.mapServices.end())
-                return false;
-            last = found->second;
-            return last.bConnected || last.bFailed;
-        });
+        const bool bWaitsToBeAsked = bHandedOver && !bTaken;
+        const Picture picture = bWaitsToBeAsked ? host.Look() : host.Read();
+        if (bWaitsToBeAsked && !host.HoldsCredential(sKey)) {
+            bTaken = true;
+            progress.Show("The credential was taken; connecting");
+        }
+        const auto found = picture.mapServices.find(sKey);
+        if (!picture.bAsRead || found == picture.mapServices.end())
+            return false;
+        last = found->second;
+        return last.bConnected || last.bFailed;
     }
 
     Status Conclude(Outcome outcome)
     {
+        progress.End();
         Status status = ToStatus(outcome);
         std::string sText;
         if (outcome == Outcome::Reached && last.bConnected) {
@@ -130,13 +139,11 @@ private:
                                 last.sIPv4Address.empty() ? "" : ", address " + last.sIPv4Address);
         } else if (outcome == Outcome::Reached) {
             status = Status::Failed;
-            sText = "The connection failed. The cause is not told; likely ones are a wrong "
-                    "passphrase and a network out of reach.";
+            sText = GetFailure();
         } else if (outcome == Outcome::Interrupt) {
             sText = "Interrupted; the network daemon may go on connecting.";
         } else {
-            sText = bTaken ? "The credential was taken, but the network is not connected yet."
-                           : "The network is not connected yet, and no credential was asked for.";
+            sText = GetDelay();
         }
         return Report(request, status, sText,
                       {{"command", "connect"},
@@ -145,14 +152,35 @@ private:
                        {"credential_taken", bTaken}});
     }
 
+    const char* GetFailure() const
+    {
+        if (bHandedOver && !bTaken)
+            return "The connection failed, and the credential was not asked for. The cause is not "
+                   "told; likely ones are a wrong passphrase that the network daemon has stored "
+                   "and a network out of reach.";
+        if (bHandedOver || TakesPassphrase(last))
+            return "The connection failed. The cause is not told; likely ones are a wrong "
+                   "passphrase and a network out of reach.";
+        return "The connection failed. The cause is not told; likely ones are a network out of "
+               "reach and one that gives no address.";
+    }
+
+    const char* GetDelay() const
+    {
+        if (!bHandedOver)
+            return "The network is not connected yet.";
+        return bTaken ? "The credential was taken, but the network is not connected yet."
+                      : "The network is not connected yet, and no credential was asked for.";
+    }
+
     Host& host;
     const Request& request;
     const std::string sKey;
     Progress progress;
     const Clock::time_point until;
     DeviceConfig::NetworkService last;
+    bool bHandedOver = false;
     bool bTaken = false;
-    bool bChangedUntaken = false;
 };
 
 } // namespace

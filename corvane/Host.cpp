@@ -2,9 +2,11 @@
 
 #include "corvane/PlugIn.h"
 #include "corvane/Secret.h"
+#include "corvane/Status.h"
 
 #include <array>
 #include <boost/thread/lock_types.hpp>
+#include <cstdlib>
 #include <poll.h>
 
 namespace Tovra
@@ -45,14 +47,24 @@ Host& Host::Start(const std::string& sLibrary)
     auto* const pHost = new Host; // never destroyed
     pRunningHost = pHost;
     pHost->config.pNetworkObserver = pHost;
+    // Registered before the plug-in is loaded: called when its thread has ended. Until then it may
+    // run its command, and events are welcome.
+    std::atexit(TidyUp);
+    const EndingOnInterrupt ending(pHost->interrupts); // a silent daemon makes this long
     pHost->pPlugIn = &LoadPlugIn(sLibrary, pHost->config);
     return *pHost;
+}
+
+void Host::TidyUp()
+{
+    if (Host* pHost = pRunningHost)
+        pHost->receiver.Withdraw();
 }
 
 Picture Host::Look()
 {
     const boost::shared_lock<boost::shared_mutex> lock(config.mtxNetworkConfig);
-    Picture picture = {config.mapNetworkTechnologies, {}};
+    Picture picture = {config.mapNetworkTechnologies, {}, bAsRead};
     for (const auto& [sKey, service] : config.mapNetworkServices) {
         DeviceConfig::NetworkService& copy = picture.mapServices[sKey];
         copy = service;
@@ -63,6 +75,7 @@ Picture Host::Look()
 
 bool Host::HoldsCredential(const std::string& sKey)
 {
+    const std::lock_guard<std::mutex> reading(mtxReading);
     const boost::shared_lock<boost::shared_mutex> lock(config.mtxNetworkConfig);
     const auto found = config.mapNetworkServices.find(sKey);
     return found != config.mapNetworkServices.end() &&
@@ -71,25 +84,77 @@ bool Host::HoldsCredential(const std::string& sKey)
 
 Picture Host::Read()
 {
+    const std::lock_guard<std::mutex> reading(mtxReading);
     pPlugIn.load()->TargetSpecificGetNetworkConfiguration();
+    bAsRead = true;
     return Look();
 }
 
-void Host::Change(const std::function<void(DeviceConfig&)>& fnEdit)
+template <class Map, class Edit>
+void Host::Change(Map DeviceConfig::*pMap, const std::string& sKey, const Edit& fnEdit)
 {
+    const std::lock_guard<std::mutex> reading(mtxReading);
     pPlugIn.load()->TargetSpecificGetNetworkConfiguration();
+    Technologies mapTechnologies;
+    Services mapServices;
     {
         const boost::unique_lock<boost::shared_mutex> lock(config.mtxNetworkConfig);
-        fnEdit(config);
+        auto node = (config.*pMap).extract(sKey);
+        if (node.empty())
+            throw Failure(Status::Unknown, "what was to be changed is not there any more");
+        fnEdit(node.mapped());
+        bAsRead = false;
+        mapTechnologies.swap(config.mapNetworkTechnologies);
+        mapServices.swap(config.mapNetworkServices);
+        (config.*pMap).insert(std::move(node));
     }
     pPlugIn.load()->TargetSpecificSetNetworkConfiguration();
+    const boost::unique_lock<boost::shared_mutex> lock(config.mtxNetworkConfig);
+    config.mapNetworkTechnologies.merge(mapTechnologies);
+    config.mapNetworkServices.merge(mapServices);
+}
+
+void Host::ChangeNetwork(const std::string& sKey,
+                         const std::function<void(DeviceConfig::NetworkService&)>& fnEdit)
+{
+    Change(&DeviceConfig::mapNetworkServices, sKey, fnEdit);
+}
+
+void Host::ChangeTechnology(const std::string& sType,
+                            const std::function<void(DeviceConfig::NetworkTechnology&)>& fnEdit)
+{
+    Change(&DeviceConfig::mapNetworkTechnologies, sType, fnEdit);
+}
+
+// On the plug-in's thread, on which it also takes credentials: it takes none meanwhile.
+void Host::ReadKeepingCredentials()
+{
+    const std::lock_guard<std::mutex> reading(mtxReading);
+    Services mapBefore;
+    {
+        const boost::unique_lock<boost::shared_mutex> lock(config.mtxNetworkConfig);
+        for (auto& [sKey, service] : config.mapNetworkServices) {
+            DeviceConfig::NetworkService& kept = mapBefore[sKey];
+            kept.bUseWps = service.bUseWps;
+            kept.sPassphrase.swap(service.sPassphrase);
+        }
+    }
+    pPlugIn.load()->TargetSpecificGetNetworkConfiguration();
+    const boost::unique_lock<boost::shared_mutex> lock(config.mtxNetworkConfig);
+    for (auto& [sKey, service] : config.mapNetworkServices) {
+        DeviceConfig::NetworkService& kept = mapBefore[sKey];
+        service.bUseWps = kept.bUseWps;
+        service.sPassphrase.swap(kept.sPassphrase);
+    }
+    bAsRead = true;
+    for (auto& [sKey, service] : mapBefore)
+        Clear(service.sPassphrase); // of networks that have gone
 }
 
 void Host::NetworksChanged(unsigned flags)
 {
-    ITargetSpecific* const pLoaded = pPlugIn;
-    if (pLoaded && bReadOnChange)
-        pLoaded->TargetSpecificGetNetworkConfiguration();
+    if (bReadOnChange)
+        ReadKeepingCredentials();
     events.Put({Event::Kind::NetworksChanged, flags, {}});
 }
 

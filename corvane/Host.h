@@ -9,6 +9,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <mutex>
 
 namespace Tovra::Corvane
 {
@@ -21,6 +22,7 @@ using Clock = std::chrono::steady_clock;
 struct Picture {
     Technologies mapTechnologies; ///< by type
     Services mapServices;         ///< by network key
+    bool bAsRead = false;         ///< false: as wished, not read since
 };
 
 /**
@@ -34,6 +36,9 @@ public:
     /** Loads the plug-in and starts to listen for its events. Throws Failure. */
     static Host& Start(const std::string& sLibrary);
 
+    /** What is to be done at the end of the process: nothing is left behind. Any thread. */
+    static void TidyUp();
+
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
@@ -46,12 +51,20 @@ public:
     /** Whether a network's passphrase or wish for WPS has not been asked for yet. */
     bool HoldsCredential(const std::string& sKey);
 
-    /** Reads, edits the records and applies them, in one go. */
-    void Change(const std::function<void(DeviceConfig&)>& fnEdit);
+    /**
+     * Read, edit one record and apply it, in one go. What the host has no record of the plug-in
+     * leaves alone, so while it applies there is none but this one: another network that came up
+     * meanwhile, or that shares its name with a third, would be disconnected. Throw Failure when
+     * what is to be changed has gone.
+     */
+    void ChangeNetwork(const std::string& sKey,
+                       const std::function<void(DeviceConfig::NetworkService&)>& fnEdit);
+    void ChangeTechnology(const std::string& sType,
+                          const std::function<void(DeviceConfig::NetworkTechnology&)>& fnEdit);
 
     /**
-     * While false (it starts so), a change that the plug-in tells is not read at once; while true,
-     * it is: a failed connection shows for a moment only.
+     * While true (it starts false), a change that the plug-in tells is read at once, and without
+     * loss of credentials: a failed connection shows for a moment only.
      */
     void SetReadOnChange(bool bRead) { bReadOnChange = bRead; }
 
@@ -73,11 +86,17 @@ private:
 
     void NetworksChanged(unsigned flags) override;
     bool TakeIpcEvent(Event& event);
+    void ReadKeepingCredentials();
+
+    template <class Map, class Edit>
+    void Change(Map DeviceConfig::*pMap, const std::string& sKey, const Edit& fnEdit);
 
     Interrupts interrupts; // first: the plug-in's thread inherits the blocked signals
     EventQueue events;
     Ipc::Receiver receiver;
     DeviceConfig config;
+    std::atomic<bool> bAsRead = false;
+    std::mutex mtxReading; // before the network lock: readings and changes are one at a time
     std::atomic<ITargetSpecific*> pPlugIn = nullptr;
     std::atomic<bool> bReadOnChange = false;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <thread>
+
 namespace Tovra::Corvane
 {
 
@@ -23,14 +25,34 @@ public:
     /** Whether there was one since the last call. */
     bool Take();
 
+    /** Whether one of those taken was more than Ctrl-C: the program is to end. */
+    bool MustEnd() const { return bMustEnd; }
+
 private:
     int nDescriptor;
+    bool bMustEnd = false;
+};
+
+/** While it lives, Ctrl-C ends the process at once: for what cannot be waited for. */
+class EndingOnInterrupt
+{
+public:
+    explicit EndingOnInterrupt(const Interrupts& interrupts);
+    ~EndingOnInterrupt();
+
+    EndingOnInterrupt(const EndingOnInterrupt&) = delete;
+    EndingOnInterrupt& operator=(const EndingOnInterrupt&) = delete;
+
+private:
+    const int nStop;
+    std::thread waiting;
 };
 
 /**
  * Ends the process with this status after a while, if it has not ended by then: the plug-in's
  * thread cannot be stopped once the bus is gone, and the end of the process waits for it.
+ * `fnTidyUp` is called before, on another thread.
  */
-void EndSoon(int nStatus);
+void EndSoon(int nStatus, void (*fnTidyUp)());
 
 } // namespace Tovra::Corvane

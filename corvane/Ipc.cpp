@@ -38,7 +38,8 @@ void RequirePrivate(const std::string& sDirectory)
 {
     struct stat status = {};
     if (lstat(sDirectory.c_str(), &status) != 0)
-        throw Failure(Status::Error, "cannot use " + sDirectory + ": " + std::strerror(errno));
+        throw Failure(Status::Error, "cannot use " + sDirectory + ": " + std::strerror(errno) +
+                                         "; XDG_RUNTIME_DIR names a directory of yours");
     if (!S_ISDIR(status.st_mode) || status.st_uid != geteuid() || (status.st_mode & 077) != 0)
         throw Failure(Status::Error, "cannot use " + sDirectory +
                                          ": it must be a directory that only you can enter");
@@ -125,7 +126,12 @@ Receiver::Receiver()
 
 Receiver::~Receiver()
 {
+    Withdraw();
     close(nSocket);
+}
+
+void Receiver::Withdraw() const
+{
     unlink(sPath.c_str());
 }
 

@@ -30,6 +30,9 @@ public:
     Receiver(const Receiver&) = delete;
     Receiver& operator=(const Receiver&) = delete;
 
+    /** Is not found by anybody any more. Any thread. */
+    void Withdraw() const;
+
     /** Readable when there is an event. */
     int GetDescriptor() const { return nSocket; }
 

@@ -98,12 +98,20 @@ std::string Join(const std::vector<std::string>& vecTexts)
 
 std::string MakePrintable(const std::string& sText)
 {
-    std::string sPrintable = sText;
-    for (char& character : sPrintable) {
-        if (static_cast<unsigned char>(character) < 0x20 || character == 0x7f)
-            character = '?';
+    std::string sPrintable;
+    for (std::size_t nByte = 0; nByte < sText.size(); ++nByte) {
+        const auto nCode = static_cast<unsigned char>(sText[nByte]);
+        const auto nNext = static_cast<unsigned char>(sText[nByte + 1]); // of the last, a zero
+        const bool bTwoBytes = nCode == 0xC2 && nNext >= 0x80 && nNext < 0xA0;
+        sPrintable += bTwoBytes || nCode < 0x20 || nCode == 0x7f ? '?' : sText[nByte];
+        nByte += bTwoBytes ? 1 : 0;
     }
     return sPrintable;
+}
+
+std::string ToLine(const json& value)
+{
+    return value.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
 json ToJson(const DeviceConfig::NetworkTechnology& technology, const std::string& sType)

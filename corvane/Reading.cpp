@@ -7,13 +7,12 @@
 namespace Tovra::Corvane::Commands
 {
 
-using nlohmann::json;
-
 Status ShowTechnologies(Host& host, const Request& request)
 {
     const Picture picture = ReadFirst(host, request);
     if (request.bJson)
-        fmt::print("{}\n", json{{"technologies", Output::ToJson(picture.mapTechnologies)}}.dump());
+        fmt::print("{}\n",
+                   Output::ToLine({{"technologies", Output::ToJson(picture.mapTechnologies)}}));
     else
         fmt::print("{}", Output::MakeTable(picture.mapTechnologies, HasColour()));
     return Status::Done;
@@ -23,7 +22,7 @@ Status ShowNetworks(Host& host, const Request& request)
 {
     const Picture picture = ReadFirst(host, request);
     if (request.bJson)
-        fmt::print("{}\n", json{{"networks", Output::ToJson(picture.mapServices)}}.dump());
+        fmt::print("{}\n", Output::ToLine({{"networks", Output::ToJson(picture.mapServices)}}));
     else if (picture.mapServices.empty())
         fmt::print("There are no networks; 'corvane scan' looks for some.\n");
     else
@@ -36,7 +35,7 @@ Status ShowNetwork(Host& host, const Request& request)
     const Picture picture = ReadFirst(host, request);
     const auto& [sKey, service] = *FindNetwork(picture, request.sNetwork);
     if (request.bJson)
-        fmt::print("{}\n", json{{"network", Output::ToJson(service, sKey)}}.dump());
+        fmt::print("{}\n", Output::ToLine({{"network", Output::ToJson(service, sKey)}}));
     else
         fmt::print("{}", Output::MakeDetails(service, sKey));
     return Status::Done;

@@ -1,5 +1,7 @@
 #include "corvane/Result.h"
 
+#include "corvane/Output.h"
+
 #include <cstdio>
 #include <fmt/format.h>
 
@@ -33,10 +35,19 @@ Status Report(const Request& request, Status status, const std::string& sText,
     if (request.bJson) {
         details["result"] = GetWord(status);
         details["text"] = sText;
-        fmt::print("{}\n", details.dump());
+        fmt::print("{}\n", Output::ToLine(details));
     } else {
         fmt::print(status == Status::Done ? stdout : stderr, "{}\n", sText);
     }
+    return status;
+}
+
+Status ReportFailure(bool bJson, Status status, const std::string& sText)
+{
+    if (bJson)
+        fmt::print("{}\n", Output::ToLine({{"result", GetWord(status)}, {"text", sText}}));
+    std::fflush(stdout);
+    fmt::print(stderr, "corvane: {}\n", Output::MakePrintable(sText));
     return status;
 }
 

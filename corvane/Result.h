@@ -13,6 +13,9 @@ namespace Tovra::Corvane
 Status Report(const Request& request, Status status, const std::string& sText,
               nlohmann::json details);
 
+/** Prints why a command was given up: on standard error, and where wanted as JSON too. */
+Status ReportFailure(bool bJson, Status status, const std::string& sText);
+
 /** The status of a wait that ended without what was waited for. */
 Status ToStatus(Outcome outcome);
 

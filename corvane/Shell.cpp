@@ -1,13 +1,16 @@
 #include "corvane/Shell.h"
 
 #include "corvane/Commands.h"
+#include "corvane/Result.h"
+#include "corvane/Terminal.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <clocale>
 #include <cstdio>
 #include <cstring>
 #include <editline/readline.h>
 #include <fmt/format.h>
-#include <iostream>
 #include <unistd.h>
 
 namespace Tovra::Corvane
@@ -69,7 +72,7 @@ void OnLine(char* pLine)
 
 std::optional<std::string> ReadFromTerminal(Host& host)
 {
-    for (;;) {
+    while (!host.GetInterrupts().MustEnd()) {
         sEntered.reset();
         rl_callback_handler_install("corvane> ", OnLine);
         while (!sEntered) {
@@ -83,32 +86,34 @@ std::optional<std::string> ReadFromTerminal(Host& host)
         rl_callback_handler_remove();
         std::fputc('\n', stdout);
     }
+    return std::nullopt;
 }
 
-std::optional<std::string> ReadFromInput()
+std::optional<std::string> ReadFromInput(Host& host)
 {
     std::string sLine;
-    if (!std::getline(std::cin, sLine))
+    if (host.GetInterrupts().MustEnd() || !ReadLine(host, STDIN_FILENO, "standard input", sLine))
         return std::nullopt;
     return sLine;
 }
 
 Status RunLine(Host& host, const std::string& sLine, const Request& shell)
 {
+    bool bJson = shell.bJson;
     try {
         std::vector<std::string> vecWords = CLI::detail::split_up(sLine);
         for (std::string& sWord : vecWords)
             CLI::detail::remove_quotes(sWord);
+        bJson = bJson || std::find(vecWords.begin(), vecWords.end(), "--json") != vecWords.end();
         Request request = ReadCommandLine(std::move(vecWords), true);
-        request.bJson = request.bJson || shell.bJson;
+        request.bJson = bJson;
         if (request.command == Request::Command::Help) {
             fmt::print("{}", request.sText);
             return Status::Done;
         }
         return Commands::Run(host, request);
     } catch (const Failure& failure) {
-        fmt::print(stderr, "{}\n", failure.what());
-        return failure.GetStatus();
+        return ReportFailure(bJson, failure.GetStatus(), failure.what());
     }
 }
 
@@ -118,16 +123,18 @@ Status RunShell(Host& host, const Request& request)
 {
     const bool bTerminal = isatty(STDIN_FILENO) != 0;
     pCompletionHost = &host;
+    std::setlocale(LC_CTYPE, ""); // names may hold any letters
     rl_attempted_completion_function = Complete;
     if (bTerminal)
         fmt::print("Type --help for the commands, quit to leave; Tab completes.\n");
     Status last = Status::Done;
-    while (auto sLine = bTerminal ? ReadFromTerminal(host) : ReadFromInput()) {
+    while (auto sLine = bTerminal ? ReadFromTerminal(host) : ReadFromInput(host)) {
         const std::string sTrimmed = CLI::detail::trim_copy(*sLine);
         if (sTrimmed == "quit" || sTrimmed == "exit")
             break;
         if (!sTrimmed.empty())
             last = RunLine(host, sTrimmed, request);
+        std::fflush(stdout);
     }
     if (bTerminal)
         std::fputc('\n', stdout);

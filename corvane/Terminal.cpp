@@ -43,16 +43,23 @@ private:
     termios before = {};
 };
 
-// A byte at a time: nothing of a passphrase, and nothing after it, stays in a buffer.
-void ReadLine(int nDescriptor, Secret& secret)
+class Closing
 {
-    secret.sText.reserve(256); // so that it does not leave copies behind as it grows
-    char character = 0;
-    while (read(nDescriptor, &character, 1) == 1 && character != '\n')
-        secret.sText += character;
-    if (!secret.sText.empty() && secret.sText.back() == '\r')
-        secret.sText.pop_back();
-}
+public:
+    explicit Closing(int nOpened) : nFile(nOpened) {}
+    ~Closing() { close(nFile); }
+
+    Closing(const Closing&) = delete;
+    Closing& operator=(const Closing&) = delete;
+
+private:
+    const int nFile;
+};
+
+// So that a growing text does not leave copies of a passphrase behind.
+constexpr std::size_t nLongestLine = 4096;
+
+constexpr const char* pTyped = "the passphrase from standard input";
 
 } // namespace
 
@@ -62,36 +69,72 @@ bool HasColour()
     return isatty(STDOUT_FILENO) && !(pNoColour && *pNoColour);
 }
 
-void AskPassphrase(Host& host, const std::string& sPrompt, Secret& secret)
+// A byte at a time: nothing of a passphrase, and nothing after it, stays in a buffer.
+bool ReadLine(Host& host, int nInput, const std::string& sWhat, std::string& sLine)
 {
-    fmt::print(stderr, "{}: ", sPrompt);
-    std::fflush(stderr);
-    const SilentTerminal silent(STDIN_FILENO);
-    if (!host.WaitForInput(STDIN_FILENO))
-        throw Failure(Status::Interrupted, "interrupted");
-    ReadLine(STDIN_FILENO, secret);
+    sLine.clear();
+    sLine.reserve(nLongestLine);
+    char character = 0;
+    ssize_t nRead = 0;
+    for (;;) {
+        if (!host.WaitForInput(nInput))
+            throw Failure(Status::Interrupted, "interrupted");
+        nRead = read(nInput, &character, 1);
+        if (nRead < 0 && (errno == EAGAIN || errno == EINTR))
+            continue;
+        if (nRead <= 0 || character == '\n')
+            break;
+        if (sLine.size() < nLongestLine)
+            sLine += character;
+    }
+    if (nRead < 0)
+        throw Failure(Status::BadInput,
+                      fmt::format("cannot read {}: {}", sWhat, std::strerror(errno)));
+    if (!sLine.empty() && sLine.back() == '\r')
+        sLine.pop_back();
+    return nRead > 0 || !sLine.empty();
 }
 
-void ReadPassphrase(const std::string& sFile, Secret& secret)
+void AskPassphrase(Host& host, Secret& secret)
+{
+    // Silent before it asks: somebody may answer at once.
+    const SilentTerminal silent(STDIN_FILENO);
+    fmt::print(stderr, "Passphrase (empty: the one that is stored): ");
+    std::fflush(stderr);
+    ReadLine(host, STDIN_FILENO, pTyped, secret.sText);
+}
+
+void ReadPassphrase(Host& host, const std::string& sFile, Secret& secret)
 {
     if (sFile == "-") {
-        ReadLine(STDIN_FILENO, secret);
+        if (isatty(STDIN_FILENO))
+            AskPassphrase(host, secret);
+        else
+            ReadLine(host, STDIN_FILENO, pTyped, secret.sText);
         return;
     }
-    const int nFile = open(sFile.c_str(), O_RDONLY | O_CLOEXEC);
+    const std::string sWhat = "the passphrase from " + sFile;
+    const int nFile = open(sFile.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (nFile < 0)
-        throw Failure(Status::BadInput, fmt::format("cannot read the passphrase from {}: {}", sFile,
-                                                    std::strerror(errno)));
-    ReadLine(nFile, secret);
-    close(nFile);
+        throw Failure(Status::BadInput,
+                      fmt::format("cannot read {}: {}", sWhat, std::strerror(errno)));
+    const Closing closing(nFile);
+    ReadLine(host, nFile, sWhat, secret.sText);
 }
 
 Progress::Progress(bool bQuiet) : bShown(!bQuiet), bInPlace(isatty(STDERR_FILENO) != 0) {}
 
 Progress::~Progress()
 {
+    End();
+}
+
+void Progress::End()
+{
     if (bShown && bInPlace && !sLast.empty())
         fmt::print(stderr, "\r\x1b[K");
+    std::fflush(stderr);
+    sLast.clear();
 }
 
 void Progress::Show(const std::string& sText)

@@ -17,6 +17,9 @@ constexpr double nFirstListsSeconds = 5;
 // The plug-in may have told of a change before anybody listened, and does not tell of all changes.
 constexpr std::chrono::milliseconds rereading{200};
 
+// So long it takes whenever the plug-in has just been loaded.
+constexpr std::chrono::milliseconds unremarkable{700};
+
 template <class Map, class Describe>
 std::string List(const Map& mapEntries, const Describe& describe)
 {
@@ -52,9 +55,10 @@ Picture ReadFirst(Host& host, const Request& request)
 {
     Progress progress(request.bJson);
     Picture first;
+    const auto start = Clock::now();
     const auto fnHasTold = [&](const Picture& picture) {
         first = picture;
-        if (picture.mapTechnologies.empty())
+        if (picture.mapTechnologies.empty() && Clock::now() - start > unremarkable)
             progress.Show("Waiting for the network daemon's lists");
         return !picture.mapTechnologies.empty();
     };
@@ -67,8 +71,8 @@ Picture ReadFirst(Host& host, const Request& request)
         break;
     }
     throw Failure(Status::NoNetworks,
-                  fmt::format("the network daemon told of no technology within {} s; does it run, "
-                              "and may this user talk to it?",
+                  fmt::format("the network daemon told of no technology within {} s; is there the "
+                              "system bus, does the daemon run, and may this user talk to it?",
                               request.nWaitSeconds.value_or(nFirstListsSeconds)));
 }
 

@@ -1,5 +1,6 @@
 #include "corvane/Commands.h"
 #include "corvane/Output.h"
+#include "corvane/Status.h"
 #include "corvane/Waiting.h"
 
 #include <ctime>
@@ -20,10 +21,11 @@ constexpr std::chrono::seconds rereading{2};
 void Tell(bool bJson, const json& line, const std::string& sText)
 {
     if (bJson)
-        fmt::print("{}\n", line.dump());
+        fmt::print("{}\n", Output::ToLine(line));
     else
         fmt::print("{:%H:%M:%S}  {}\n", fmt::localtime(std::time(nullptr)), sText);
-    std::fflush(stdout);
+    if (std::fflush(stdout) != 0)
+        throw Failure(Status::Error, "nobody reads the output any more");
 }
 
 /** Names the values that differ, as "key: old -> new". */
@@ -33,8 +35,8 @@ std::string Differences(const json& before, const json& after)
     for (const auto& [sName, value] : after.items()) {
         if (before.at(sName) != value)
             sText += fmt::format("{}{}: {} -> {}", sText.empty() ? "" : ", ", sName,
-                                 Output::MakePrintable(before.at(sName).dump()),
-                                 Output::MakePrintable(value.dump()));
+                                 Output::MakePrintable(Output::ToLine(before.at(sName))),
+                                 Output::MakePrintable(Output::ToLine(value)));
     }
     return sText;
 }
@@ -99,8 +101,12 @@ Status Watch(Host& host, const Request& request)
         std::fflush(stdout);
     }
     Picture before;
+    Progress progress(request.bJson);
+    const auto start = Clock::now();
     for (;;) {
         const Picture after = host.Read();
+        if (after.mapTechnologies.empty() && Clock::now() - start > rereading)
+            progress.Show("The network daemon has told of nothing yet");
         Compare(request.bJson, before.mapTechnologies, after.mapTechnologies);
         Compare(request.bJson, before.mapServices, after.mapServices);
         before = after;

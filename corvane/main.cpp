@@ -1,13 +1,14 @@
 #include "corvane/Commands.h"
 #include "corvane/Ipc.h"
 #include "corvane/Request.h"
+#include "corvane/Result.h"
 #include "corvane/Shell.h"
 #include "corvane/Status.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 namespace Tovra::Corvane
 {
@@ -47,20 +48,20 @@ Status Run(const Request& request)
 
 Status RunReporting(const std::vector<std::string>& vecWords)
 {
-    Request request;
+    // Also where the command line cannot be read.
+    const bool bJson = std::find(vecWords.begin(), vecWords.end(), "--json") != vecWords.end();
+    Status status = Status::Error;
     try {
-        request = ReadCommandLine(vecWords, false);
-        return Run(request);
+        status = Run(ReadCommandLine(vecWords, false));
     } catch (const Failure& failure) {
-        if (request.bJson)
-            fmt::print("{}\n",
-                       nlohmann::json{{"result", "error"}, {"text", failure.what()}}.dump());
-        fmt::print(stderr, "corvane: {}\n", failure.what());
-        return failure.GetStatus();
+        status = ReportFailure(bJson, failure.GetStatus(), failure.what());
     } catch (const std::exception& exception) {
-        fmt::print(stderr, "corvane: {}\n", exception.what());
-        return Status::Error;
+        status = ReportFailure(bJson, Status::Error, exception.what());
     }
+    const bool bWritten = std::fflush(stdout) == 0 && !std::ferror(stdout);
+    if (bWritten || status != Status::Done)
+        return status;
+    return ReportFailure(false, Status::Error, "cannot write the output");
 }
 
 } // namespace
@@ -71,6 +72,6 @@ int main(int argc, char** argv)
 {
     using namespace Tovra::Corvane;
     const int nStatus = static_cast<int>(RunReporting({argv + 1, argv + argc}));
-    EndSoon(nStatus);
+    EndSoon(nStatus, Host::TidyUp);
     return nStatus;
 }
