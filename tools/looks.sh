@@ -50,14 +50,17 @@ CheckNames() {
     return "$status"
 }
 
-# What ships; the rooms around it have yet to be gone through.
+# What ships, and in the long run everything.
 CheckTidy() {
-    local status=0
+    local status=0 sources=() which='all rooms'
+    if [[ ! $long ]]; then
+        sources=(Include/*.cpp Common/*.cpp Libraries/*/*.cpp standin/*.cpp)
+        which='what ships; all rooms: --long'
+    fi
     cmake --preset tidy || return 1
-    tools/tidy.py build/tidy Include/*.cpp Common/*.cpp Libraries/*/*.cpp standin/*.cpp \
-        >"$logs/tidy" || status=$?
+    tools/tidy.py build/tidy "${sources[@]}" >"$logs/tidy" || status=$?
     cat "$logs/tidy"
-    Detail "$(tail -n 1 "$logs/tidy")"
+    Detail "$(tail -n 1 "$logs/tidy"); $which"
     return "$status"
 }
 

@@ -145,6 +145,13 @@ std::vector<ServiceCase> StaticCases()
                     c.sIPv4Method = "dhcp";
                     c.vecNameservers = {};
                 }),
+    };
+}
+
+std::vector<ServiceCase> StaticCasesWithAConnection()
+{
+    const ServiceCase same{"", MakeStatic(), MakeWish(false), 0};
+    return {
         Changed("ConnectAlone", same, 0x01, [](Current&, Wanted& w) { w.bConnected = true; }),
         Changed("ConnectAndAddress", same, 0x09,
                 [](Current&, Wanted& w) {
@@ -236,6 +243,9 @@ TEST_P(ServiceComparison, LeavesTheRestOfTheRecordAlone)
 }
 
 INSTANTIATE_TEST_SUITE_P(OfStaticWishes, ServiceComparison, testing::ValuesIn(StaticCases()),
+                         testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(OfStaticWishesAndConnections, ServiceComparison,
+                         testing::ValuesIn(StaticCasesWithAConnection()),
                          testing::PrintToStringParamName());
 INSTANTIATE_TEST_SUITE_P(OfDhcpWishes, ServiceComparison, testing::ValuesIn(DhcpCases()),
                          testing::PrintToStringParamName());
