@@ -6,6 +6,7 @@
 #include <ctime>
 #include <fmt/chrono.h>
 #include <fmt/format.h>
+#include <unistd.h>
 
 namespace Tovra::Corvane::Commands
 {
@@ -41,6 +42,21 @@ std::string Differences(const json& before, const json& after)
     return sText;
 }
 
+std::string Summarize(const DeviceConfig::NetworkService& service)
+{
+    std::string sText = service.sType;
+    for (const std::string& sPart :
+         {service.sSecurity, std::string(service.bConnected ? "connected" : ""),
+          service.sIPv4Address})
+        sText += (sPart.empty() ? "" : ", ") + sPart;
+    return Output::MakePrintable(sText);
+}
+
+std::string Summarize(const DeviceConfig::NetworkTechnology& technology)
+{
+    return technology.bPowered ? "on" : "off";
+}
+
 template <class Map> const char* GetKind();
 template <> const char* GetKind<Services>()
 {
@@ -60,7 +76,7 @@ template <class Map> void Compare(bool bJson, const Map& mapBefore, const Map& m
         const std::string sName = Output::MakePrintable(value.sName);
         if (found == mapBefore.end()) {
             Tell(bJson, {{"event", sKind + "-added"}, {sKind, after}},
-                 fmt::format("+ {} '{}'", sKind, sName));
+                 fmt::format("+ {} '{}' ({})", sKind, sName, Summarize(value)));
             continue;
         }
         const json before = Output::ToJson(found->second, sKey);
@@ -113,6 +129,8 @@ Status Watch(Host& host, const Request& request)
         Event event = {Event::Kind::Ipc, 0, {}};
         switch (host.WaitForEvent(Clock::now() + rereading, &event)) {
         case Host::Wake::Interrupt:
+            if (isatty(STDOUT_FILENO))
+                std::fputc('\n', stdout); // after the ^C that the terminal shows
             return Status::Done;
         case Host::Wake::Event:
             TellOf(request.bJson, event);

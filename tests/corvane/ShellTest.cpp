@@ -162,6 +162,7 @@ TEST_F(Shell, ARequestToEndEndsIt)
     StartPrompt();
     pShell->Signal(SIGTERM);
     EXPECT_EQ(pShell->AwaitExit(), 0);
+    ASSERT_TRUE(Eventually([&] { return pConnMan->GetAgentCount() == 0; }));
     pShell = Start({"shell"});
     ASSERT_TRUE(Eventually([&] { return pConnMan->GetAgentCount() == 1; }));
     pShell->Signal(SIGTERM);
