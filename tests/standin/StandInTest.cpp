@@ -38,8 +38,8 @@ std::string GetActiveLevels()
 
 TEST(StandInLog, WritesOneLineWithTimeLevelTextFunctionFileAndLine)
 {
-    const std::string sWritten = CaptureErrors(
-        [] { QelLog(QelLogError, "Too bad: 100 %s", "Work", "Libraries/Work", 42); });
+    const std::string sWritten =
+        CaptureErrors([] { QelLog(QelLogError, "Too bad: 100 %s", "Work", "Libraries/Work", 42); });
     EXPECT_THAT(sWritten, MatchesRegex(std::string(pTime) +
                                        "\\[3\\] Too bad: 100 %s \\(Work, Libraries/Work:42\\)\n"));
 }
