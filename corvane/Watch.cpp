@@ -91,6 +91,18 @@ template <class Map> void Compare(bool bJson, const Map& mapBefore, const Map& m
     }
 }
 
+std::string Describe(unsigned nFlags)
+{
+    // The bits of the word, from the lowest.
+    std::string sText;
+    for (const char* pPart : {"state", "technologies", "networks", "strength"}) {
+        if ((nFlags & 1u) != 0)
+            sText += (sText.empty() ? "" : ", ") + std::string(pPart);
+        nFlags >>= 1u;
+    }
+    return sText;
+}
+
 void TellOf(bool bJson, const Event& event)
 {
     switch (event.kind) {
@@ -103,7 +115,7 @@ void TellOf(bool bJson, const Event& event)
         break;
     case Event::Kind::NetworksChanged:
         Tell(bJson, {{"event", "networks-changed"}, {"flags", event.nFlags}},
-             fmt::format("! networks changed ({})", event.nFlags));
+             fmt::format("! networks changed ({}: {})", event.nFlags, Describe(event.nFlags)));
         break;
     }
 }
@@ -116,6 +128,7 @@ Status Watch(Host& host, const Request& request)
         fmt::print("Watching; Ctrl-C ends.\n");
         std::fflush(stdout);
     }
+    host.SetReadOnChange(true);
     Picture before;
     Progress progress(request.bJson);
     const auto start = Clock::now();
@@ -131,6 +144,7 @@ Status Watch(Host& host, const Request& request)
         case Host::Wake::Interrupt:
             if (isatty(STDOUT_FILENO))
                 std::fputc('\n', stdout); // after the ^C that the terminal shows
+            host.SetReadOnChange(false);
             return Status::Done;
         case Host::Wake::Event:
             TellOf(request.bJson, event);

@@ -16,6 +16,12 @@ _corvane() {
         mapfile -t COMPREPLY < <(compgen -W '0 1 2 3' -- "$current")
         return
         ;;
+    --ipc-send | =) # bash takes what follows the sign as a word of its own
+        [[ $current == = ]] && current=''
+        mapfile -t COMPREPLY < <(compgen -W "netcfg-dhcp-address-acquired \
+            netcfg-static-address-configured netcfg-autoip-address-acquired" -- "$current")
+        return
+        ;;
     show | connect | disconnect | set)
         mapfile -t COMPREPLY < <(compgen -W "$(_corvane_names)" -- "$current")
         return

@@ -80,7 +80,7 @@ TEST_F(Watching, ShowsWhatThePlugInTellsTheHost)
     pWatch = Start({"watch"});
     ASSERT_TRUE(pWatch->AwaitOutput("+ network 'Wired'"));
     pConnMan->SetState(sHome, "ready");
-    EXPECT_TRUE(pWatch->AwaitOutput("  ! networks changed (5)\n"));
+    EXPECT_TRUE(pWatch->AwaitOutput("  ! networks changed (5: state, networks)\n"));
     EXPECT_TRUE(pWatch->AwaitOutput("  ! the device's addresses are to be refreshed\n"));
     EXPECT_TRUE(pWatch->AwaitOutput("  ! event netcfg-dhcp-address-acquired\n"));
     End();
