@@ -5,22 +5,24 @@
 namespace Tovra::TestSupport
 {
 
-#if defined(__SANITIZE_THREAD__)
-constexpr bool bThreadSanitizer = true;
+// Where every count is dear: under the thread sanitizer, and where lines and branches are counted,
+// which after a few rounds are the same ones.
+#if defined(__SANITIZE_THREAD__) || defined(CORVANE_COUNTING)
+constexpr bool bSlow = true;
 #elif defined(__has_feature)
-constexpr bool bThreadSanitizer = __has_feature(thread_sanitizer);
+constexpr bool bSlow = __has_feature(thread_sanitizer);
 #else
-constexpr bool bThreadSanitizer = false;
+constexpr bool bSlow = false;
 #endif
 
 /** How much of a count to run: all of it only where minutes do not matter. */
 constexpr int ReduceCount([[maybe_unused]] int nFull, [[maybe_unused]] int nPlain,
-                          [[maybe_unused]] int nThreadSanitizer)
+                          [[maybe_unused]] int nSlow)
 {
 #ifdef CORVANE_LONG
     return nFull;
 #else
-    return bThreadSanitizer ? nThreadSanitizer : nPlain;
+    return bSlow ? nSlow : nPlain;
 #endif
 }
 
