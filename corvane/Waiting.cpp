@@ -18,7 +18,14 @@ constexpr double nFirstListsSeconds = 5;
 constexpr std::chrono::milliseconds rereading{200};
 
 // So long it takes whenever the plug-in has just been loaded.
-constexpr std::chrono::milliseconds unremarkable{700};
+constexpr std::chrono::milliseconds unremarkable{1500};
+
+bool ChangesSomething(const Request& request)
+{
+    return request.command != Request::Command::ListTechnologies &&
+           request.command != Request::Command::ListNetworks &&
+           request.command != Request::Command::Show;
+}
 
 template <class Map, class Describe>
 std::string List(const Map& mapEntries, const Describe& describe)
@@ -53,6 +60,12 @@ Outcome ReadUntil(Host& host, Clock::time_point until,
 
 Picture ReadFirst(Host& host, const Request& request)
 {
+    // A short time to wait is for the result of a change, not for what goes before it.
+    const double nAsked = request.nWaitSeconds.value_or(nFirstListsSeconds);
+    const double nSeconds =
+        ChangesSomething(request) ? std::max(nAsked, nFirstListsSeconds) : nAsked;
+    const auto until = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                          std::chrono::duration<double>(nSeconds));
     Progress progress(request.bJson);
     Picture first;
     const auto start = Clock::now();
@@ -62,7 +75,7 @@ Picture ReadFirst(Host& host, const Request& request)
             progress.Show("Waiting for the network daemon's lists");
         return !picture.mapTechnologies.empty();
     };
-    switch (ReadUntil(host, GetDeadline(request, nFirstListsSeconds), fnHasTold)) {
+    switch (ReadUntil(host, until, fnHasTold)) {
     case Outcome::Reached:
         return first;
     case Outcome::Interrupt:
@@ -73,7 +86,7 @@ Picture ReadFirst(Host& host, const Request& request)
     throw Failure(Status::NoNetworks,
                   fmt::format("the network daemon told of no technology within {} s; is there the "
                               "system bus, does the daemon run, and may this user talk to it?",
-                              request.nWaitSeconds.value_or(nFirstListsSeconds)));
+                              nSeconds));
 }
 
 Services::const_iterator FindNetwork(const Picture& picture, const std::string& sNetwork)

@@ -155,6 +155,16 @@ TEST_F(Lists, NetworksOfOneNameAreOneEntry)
     EXPECT_EQ(networks[2].at("strength"), 31) << "of the later one";
 }
 
+TEST_F(Lists, ANameGoesBeforeAKey)
+{
+    Simulator::Scenario scenario = Neighbourhood();
+    scenario.vecServices[2].sName = "MyNet1726E16D6"; // the key of My Net-1
+    StartConnMan(scenario);
+    EXPECT_THAT(Run({"show", "MyNet1726E16D6"}).sOutput,
+                testing::StartsWith("Name          MyNet1726E16D6\n"));
+    EXPECT_THAT(Run({"show", "My Net-1"}).sOutput, HasSubstr("Key           MyNet1726E16D6\n"));
+}
+
 TEST_F(Lists, NamesCannotSteerTheTerminal)
 {
     Simulator::Scenario scenario = Neighbourhood();

@@ -25,7 +25,7 @@ TEST_F(Trouble, WithoutConnManItSaysWhatItWaitedFor)
     const Outcome outcome = Run({"networks", "--wait", "0.2"});
     EXPECT_EQ(outcome.nExit, 6);
     EXPECT_EQ(outcome.sErrors, pToldNothing);
-    EXPECT_EQ(RunForJson({"connect", "a", "--wait", "0.2"}, 6).at("result"), "error");
+    EXPECT_EQ(RunForJson({"show", "a", "--wait", "0.2"}, 6).at("result"), "error");
 }
 
 TEST_F(Trouble, WithoutABusItSaysWhatItWaitedFor)
