@@ -187,6 +187,8 @@ TEST_F(Connecting, ANetworkThatComesAndGoesMeanwhileDoesNotCostTheCredential)
     pConnMan->SetState(PathOf("wifi_guests"), "ready"); // makes the plug-in tell of changes
     pConnMan->SetState(PathOf("wifi_guests"), "idle");
     pConnMan->RemoveService(PathOf("wifi_cafe"));
+    // Answered by now, and so read by the host before the question comes.
+    ASSERT_TRUE(Eventually([&] { return pConnMan->GetCalls("GetServices").size() >= 2; }));
     const std::string sAnswer = AskForPassphrase(PathOf("wifi_home"));
     EXPECT_THAT(sAnswer, HasSubstr(pPassphrase));
     EXPECT_TRUE(pSession->AwaitErrors("The credential was taken; connecting\n"));
