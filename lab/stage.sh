@@ -26,7 +26,7 @@ MakeDevice() {
     printf '#!/bin/sh\necho "$*" >>%s\nexec %s "$@"\n' "$sent" "$corvane" \
         >/opt/tovra/bin/corvane
     chmod +x /opt/tovra/bin/corvane
-    touch "$sent" "$watched" "$logs/watch.log" "$logs/corvane.log"
+    touch "$sent" "$watched" "$logs/corvane.log"
     Mark
     export XDG_RUNTIME_DIR=/run
     ip link set lo up
@@ -42,7 +42,7 @@ CONF
     dbus-daemon --config-file=/run/lab/bus.conf --nofork --nopidfile --nosyslog \
         2>"$logs/bus.log" &
     Await dbus-send --system --dest=org.freedesktop.DBus / org.freedesktop.DBus.GetId
-    dbus-monitor --system --pcap >"$logs/bus.pcap" 2>/dev/null &
+    dbus-monitor --system >"$logs/bus.txt" 2>/dev/null &
 }
 
 #   StartConnMan [OPTION...]
@@ -60,13 +60,13 @@ StopConnMan() {
 
 # --- waiting, and telling -------------------------------------------------------------------------
 
-# Until COMMAND succeeds; for at most $patience seconds.
-patience=30
+# Until COMMAND succeeds, looking every $pause seconds; for at most $patience seconds.
+patience=30 pause=0.05
 Await() {
     local end=$((SECONDS + patience))
     until "$@" >/dev/null 2>&1; do
         ((SECONDS < end)) || return 1
-        sleep 0.05
+        sleep "$pause"
     done
 }
 
@@ -124,7 +124,7 @@ Conclude() {
 # A host that stays, and writes down all that it is told.
 StartWatch() {
     "$corvane" --library "$library" --json --log 0 watch \
-        >"$watched" 2>>"$logs/watch.log" &
+        >"$watched" 2>>"$logs/corvane.log" &
 }
 
 # One command of a host that comes and goes; its answer is in $answer. Returns its exit status.
@@ -154,7 +154,7 @@ Ends() {
 Mark() {
     heardBefore=$(wc -l <"$watched")
     sentBefore=$(wc -l <"$sent")
-    loggedBefore=$(cat "$logs"/watch.log "$logs"/corvane.log | wc -l)
+    loggedBefore=$(wc -l <"$logs/corvane.log")
 }
 
 # What the watching host was told since: the words, "refresh", and the events.
@@ -193,7 +193,7 @@ NothingSent() {
 
 #   Logged TEXT     by the plug-in of any host
 Logged() {
-    cat "$logs"/watch.log "$logs"/corvane.log | tail -n "+$((loggedBefore + 1))" | grep -qF "$1"
+    tail -n "+$((loggedBefore + 1))" "$logs/corvane.log" | grep -qF "$1"
 }
 
 # For a story: a command of corvane's, or something else that happens, for people to read.
@@ -229,18 +229,28 @@ ReadsNow() {
 StartHost() {
     mkfifo /run/lab/commands
     "$corvane" --library "$library" --json --log 0 shell \
-        </run/lab/commands >/run/lab/answers 2>>"$logs/host.log" &
+        </run/lab/commands >/run/lab/answers 2>>"$logs/corvane.log" &
     exec 7>/run/lab/commands
 }
 
 #   Host COMMAND...     of corvane's, by that host; its answer is in $answer
 Host() {
+    Ask "done" "$@"
+}
+
+#   HostFails COMMAND...     the same, if the network cannot be connected
+HostFails() {
+    Ask failed "$@"
+}
+
+#   Ask RESULT COMMAND...     RESULT is a pattern
+Ask() {
     local before
     before=$(wc -l </run/lab/answers)
-    echo "$*" >&7
-    Await Answered "$before" || Fail "the host did not answer: $*"
+    echo "${*:2}" >&7
+    Await Answered "$before" || Fail "the host did not answer: ${*:2}"
     answer=$(tail -n 1 /run/lab/answers)
-    [[ $(jq -r '.result // "done"' <<<"$answer") == "done" ]] || Fail "the host, to $*: $answer"
+    [[ $(jq -r '.result // "done"' <<<"$answer") =~ ^$1$ ]] || Fail "the host, to ${*:2}: $answer"
 }
 
 Answered() {

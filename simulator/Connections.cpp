@@ -54,7 +54,7 @@ Reply Connections::Remove(const ServicePointer& pService)
         pService->bFavorite = false;
         pService->bIgnored = false;
     });
-    storage.Remove(*pService);
+    storage.Forget(*pService);
     return MakeDone();
 }
 
@@ -167,9 +167,9 @@ void Connections::Associated(const ServicePointer& pService)
 {
     const std::string& sFailure = pService->network.sFailure;
     if (!sFailure.empty() && sFailure != "dhcp-failed")
-        return Fail(pService, sFailure);
+        return Refuse(pService, sFailure);
     if (!IsAdmitted(*pService))
-        return Fail(pService, pService->bUseWps ? "connect-failed" : "invalid-key");
+        return Refuse(pService, pService->bUseWps ? "connect-failed" : "invalid-key");
     SetState(pService, "configuration");
     Step(pService, world.timing.configuration, &Connections::Configured);
 }
@@ -220,6 +220,13 @@ void Connections::Fail(const ServicePointer& pService, const std::string& sError
     if (attempt != mapAttempts.end() && attempt->second.bByUser)
         return Report(pService);
     Finish(pService, std::nullopt);
+}
+
+void Connections::Refuse(const ServicePointer& pService, const std::string& sError)
+{
+    Fail(pService, sError);
+    if (world.bFailurePasses && pService->sState == "failure")
+        SetState(pService, "idle");
 }
 
 void Connections::TimedOut(const ServicePointer& pService)

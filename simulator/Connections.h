@@ -68,6 +68,7 @@ private:
     void BecomeOnline(const ServicePointer& pService);
     void BecomeIdle(const ServicePointer& pService);
     void Fail(const ServicePointer& pService, const std::string& sError);
+    void Refuse(const ServicePointer& pService, const std::string& sError);
     void TimedOut(const ServicePointer& pService);
     void Leave(const ServicePointer& pService);
 

@@ -183,6 +183,7 @@ Scenario ReadScenario(const Json& json)
     fields.Read("storage", scenario.sStorage);
     fields.Read("offlineMode", scenario.bOfflineMode);
     fields.Read("announceEverySort", scenario.bAnnounceEverySort);
+    fields.Read("failurePasses", scenario.bFailurePasses);
     fields.Read("sorted", scenario.bSorted);
     fields.Read("autoConnects", scenario.bAutoConnects);
     ReadEach(fields, "technologies", scenario.vecTechnologies, ReadTechnology);

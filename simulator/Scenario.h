@@ -93,6 +93,9 @@ struct Scenario {
     /** Announces the order after each change of state even if it is the same, as ConnMan does. */
     bool bAnnounceEverySort = false;
 
+    /** A network that lets nobody in goes from "failure" to "idle" at once, as ConnMan's do. */
+    bool bFailurePasses = false;
+
     /** Keeps services in ConnMan's order; else in the order in which they were added. */
     bool bSorted = true;
 

@@ -56,10 +56,11 @@ void Storage::Save(const Service& service) const
     Write(directory / "data", "");
 }
 
-void Storage::Remove(const Service& service) const
+void Storage::Forget(const Service& service) const
 {
-    if (!sRoot.empty())
-        std::filesystem::remove_all(std::filesystem::path(sRoot) / service.GetIdentifier());
+    const auto directory = std::filesystem::path(sRoot) / service.GetIdentifier();
+    if (!sRoot.empty() && std::filesystem::exists(directory))
+        Write(directory / "settings", MakeSettings(service));
 }
 
 } // namespace Tovra::Simulator

@@ -19,7 +19,9 @@ public:
 
     /** Errors of the file system are thrown as std::filesystem::filesystem_error. */
     void Save(const Service& service) const;
-    void Remove(const Service& service) const;
+
+    /** For a service that is none of the saved ones any more: as ConnMan, keeps its directory. */
+    void Forget(const Service& service) const;
 
 private:
     std::string sRoot;

@@ -35,6 +35,7 @@ World::World(const Scenario& scenario)
       timing(scenario.timing),
       bOfflineMode(scenario.bOfflineMode),
       bAnnounceEverySort(scenario.bAnnounceEverySort),
+      bFailurePasses(scenario.bFailurePasses),
       bSorted(scenario.bSorted),
       bAutoConnects(scenario.bAutoConnects)
 {

@@ -43,6 +43,7 @@ struct World {
     bool bOfflineMode;
     bool bSessionMode = false;
     bool bAnnounceEverySort;
+    bool bFailurePasses;
     bool bSorted;
     bool bAutoConnects;
     std::vector<TechnologyPointer> vecTechnologies;

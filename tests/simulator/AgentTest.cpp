@@ -168,6 +168,23 @@ TEST(SimulatedAgent, IsToldOfAWrongPassphraseAndAnyAnswerButRetryEndsTheFailure)
     EXPECT_EQ(GetLateError(*pNeighbourhood), "net.connman.Error.Failed");
 }
 
+TEST(SimulatedAgent, IsToldOfAFailureThatHasPassedAlreadyIfTheScenarioWantsIt)
+{
+    Scenario scenario = MakeScenario({MakeWifi("Home")});
+    scenario.bFailurePasses = true;
+    Neighbourhood neighbourhood(scenario);
+    neighbourhood.RegisterAgent();
+    neighbourhood.Connect(sHome);
+    neighbourhood.AnswerAgent(Passphrase("wrong passphrase"));
+    neighbourhood.outlet.Pass(aWhile);
+    EXPECT_EQ(neighbourhood.outlet.GetAnnounced(sHome, "State"),
+              (std::vector<Json>{"association", "failure", "idle"}));
+    EXPECT_EQ(neighbourhood.GetQuestion().sMember, "ReportError");
+    neighbourhood.RefuseAgent("org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_EQ(neighbourhood.GetState(sHome), "idle");
+    EXPECT_EQ(GetLateError(neighbourhood), "net.connman.Error.Failed");
+}
+
 TEST(SimulatedAgent, IsAskedAgainWithThePreviousPassphraseAfterRetry)
 {
     const auto pNeighbourhood = MakeAsked();

@@ -194,7 +194,7 @@ TEST(SimulatorAgents, TheNextOneIsTheFirstWhenTheFirstHasGone)
     EXPECT_FALSE(agents.Find(":1.2"));
 }
 
-TEST(SimulatorStorage, ASavedServiceHasADirectoryUntilItIsRemoved)
+TEST(SimulatorStorage, ASavedServiceHasADirectoryWhichOutlivesItWithoutThePassphrase)
 {
     const fs::path root = fs::temp_directory_path() / ("storage-" + std::to_string(getpid()));
     Network saved = MakeWifi("Saved");
@@ -218,7 +218,9 @@ TEST(SimulatorStorage, ASavedServiceHasADirectoryUntilItIsRemoved)
 
         neighbourhood.Call(sHome, "net.connman.Service", "Remove");
         neighbourhood.outlet.Pass(aWhile);
-        EXPECT_FALSE(fs::exists(directory));
+        EXPECT_EQ(ReadFile(directory / "settings"),
+                  "[wifi_020000000000_486f6d65_managed_psk]\nName=Home\nFavorite=false\n"
+                  "IPv4.method=dhcp\n");
     }
     fs::remove_all(root);
 }
