@@ -2,6 +2,8 @@
 
 jobs=$(nproc)
 readonly jobs
+# Tests mostly wait: for a bus, for a daemon, for a thread to end.
+readonly testsAtOnce=$((2 * jobs))
 
 # Labels as regular expressions for ctest: what is run apart, and what the inner loop leaves out.
 readonly apart='^timing$'
@@ -36,7 +38,7 @@ RunTests() {
     local preset=$1 tree status=0
     tree=$(TreeOf "$preset")
     shift
-    local run=(ctest --test-dir "$tree" --no-tests=error --output-on-failure -j "$jobs"
+    local run=(ctest --test-dir "$tree" --no-tests=error --output-on-failure -j "$testsAtOnce"
         --output-junit "$PWD/$logs/results.xml" "$@")
     [[ $preset == tsan ]] && run=(Fixed "${run[@]}")
     rm -f "$logs/results.xml"

@@ -94,7 +94,7 @@ PrintCoverage() {
 RunFuzzers() {
     [[ -f fuzz/CMakeLists.txt ]] || NotRun "no fuzz targets yet" || return
     local targets scratch status=0
-    cmake --preset fuzz && cmake --build build/fuzz -j "$jobs" || return 1
+    cmake --preset fuzz && cmake --build build/fuzz -j "$jobs" --target fuzz/all || return 1
     scratch=$(mktemp -d) && mkdir -p "$logs/fuzz" || return 1
     mapfile -t targets < <(find build/fuzz/fuzz -maxdepth 1 -name 'fuzz_*' -type f -executable)
     ((${#targets[@]})) || return 1
