@@ -48,6 +48,20 @@ LinkedTo() {
     iw dev wlan0 link | grep -q "^Connected to 02:00:00:00:0${radios[$1]#wlan}:00 "
 }
 
+#   Weaken / Strengthen NAME     what the access point sends
+Weaken() {
+    iw dev "${radios[$1]}" set txpower fixed 300
+}
+
+Strengthen() {
+    iw dev "${radios[$1]}" set txpower auto
+}
+
+# Whether the device's radio is on, as the kernel has it.
+IsUp() {
+    ip link show dev wlan0 | grep -q '<.*[<,]UP[,>]'
+}
+
 #   Sends NAME     whether the access point is on
 Sends() {
     AccessPoint "$1" status | grep -q '^state=ENABLED'
@@ -56,9 +70,4 @@ Sends() {
 StartSupplicant() {
     "$daemons/sbin/wpa_supplicant" -u -t -f "$logs/wpa_supplicant.log" &
     Await HasOwner fi.w1.wpa_supplicant1
-}
-
-#   Listed NAME     whether ConnMan lists the network
-Listed() {
-    [[ $(Services "any(.[]; .Name == \"$1\")") == true ]]
 }

@@ -86,6 +86,11 @@ Fail() {
     exit 1
 }
 
+#   CountOnBus PATTERN     of the messages, as dbus-monitor shows their first lines
+CountOnBus() {
+    grep -c "$1" "$logs/bus.txt"
+}
+
 # What there is to know when something is not as expected.
 Facts() {
     ip -br address
@@ -277,6 +282,11 @@ Service() {
     [[ $(Services "map(select(.Name == \"$1\"))[0] // {} | $2") == true ]]
 }
 
+#   Listed NAME     whether ConnMan lists the network
+Listed() {
+    [[ $(Services "any(.[]; .Name == \"$1\")") == true ]]
+}
+
 #   Technology TYPE PROPERTY     prints it
 Technology() {
     busctl --system --json=short call net.connman / net.connman.Manager GetTechnologies |
@@ -289,11 +299,21 @@ HasPower() {
 
 #   HasAddress INTERFACE PATTERN
 HasAddress() {
-    ip -4 -br address show dev "$1" | grep -qE " $2( |\$)"
+    Addresses "$1" | grep -qE "^$2\$"
 }
 
 HasNoAddress() {
-    [[ ! $(ip -4 -br address show dev "$1" | awk '{print $3}') ]]
+    [[ ! $(Addresses "$1") ]]
+}
+
+#   AddressOf INTERFACE     prints the first, without the length of its prefix
+AddressOf() {
+    Addresses "$1" | sed 's/\/.*//;q'
+}
+
+#   Addresses INTERFACE     prints them, with the lengths of their prefixes
+Addresses() {
+    ip -4 -br address show dev "$1" | awk '{ for (i = 3; i <= NF; i++) print $i }'
 }
 
 #   HasRoute GATEWAY INTERFACE

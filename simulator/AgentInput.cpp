@@ -169,6 +169,12 @@ Verdict JudgeWpsPin(const std::string& sPin)
     return bDigits && bLength ? Verdict::Good : Verdict::InvalidKey;
 }
 
+bool WaitsForButton(const Service& service)
+{
+    return service.bUseWps && service.sWpsPin.empty() && service.network.bWaitsForButton &&
+           !service.bButtonPushed;
+}
+
 bool IsAdmitted(const Service& service)
 {
     if (!service.IsWifi() || IsOpen(service.network))

@@ -38,6 +38,9 @@ Verdict JudgeWpsPin(const std::string& sPin);
 
 bool OffersWps(const Network& network);
 
+/** Whether nothing goes on before the access point's WPS button is pushed. */
+bool WaitsForButton(const Service& service);
+
 /** Whether the access point lets the service in with what ConnMan knows. */
 bool IsAdmitted(const Service& service);
 

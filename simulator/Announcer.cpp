@@ -76,12 +76,7 @@ void Announcer::RemoveService(const ServicePointer& pService, bool bForget)
 void Announcer::AddTechnology(const TechnologyPointer& pTechnology)
 {
     world.vecTechnologies.push_back(pTechnology);
-    const Json properties = MakeDictionary(GetProperties(*pTechnology, world.version));
-    outlet.Emit({"/",
-                 pManager,
-                 "TechnologyAdded",
-                 {"oa{sv}", Json::array({pTechnology->sPath, properties})},
-                 ""});
+    SendTechnologyAdded(*pTechnology);
     UpdateConnected();
 }
 
@@ -117,6 +112,16 @@ Arguments Announcer::ListTechnologies() const
     return {"a(oa{sv})", Json::array({std::move(list)})};
 }
 
+void Announcer::AnnounceAll()
+{
+    for (const TechnologyPointer& pTechnology : world.vecTechnologies)
+        SendTechnologyAdded(*pTechnology);
+    for (const ServicePointer& pService : world.vecServices)
+        setAdded.insert(pService->sPath);
+    if (!setAdded.empty())
+        ScheduleServicesChanged();
+}
+
 void Announcer::Reset()
 {
     outlet.Cancel(std::exchange(nTimer, 0));
@@ -140,6 +145,16 @@ void Announcer::UpdateConnected()
             Change(*pTechnology, [&] { pTechnology->bConnected = bConnected; });
     }
     ChangeManager([] {});
+}
+
+void Announcer::SendTechnologyAdded(const Technology& technology)
+{
+    const Json properties = MakeDictionary(GetProperties(technology, world.version));
+    outlet.Emit({"/",
+                 pManager,
+                 "TechnologyAdded",
+                 {"oa{sv}", Json::array({technology.sPath, properties})},
+                 ""});
 }
 
 void Announcer::SendServicesChanged()

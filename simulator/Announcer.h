@@ -39,12 +39,16 @@ public:
     Arguments ListServices() const;
     Arguments ListTechnologies() const;
 
+    /** Tells of all there is, as of something new. */
+    void AnnounceAll();
+
     /** Forgets what was about to be announced: there is nobody who was told anything before. */
     void Reset();
 
 private:
     void SortServices(bool bStateChanged);
     void UpdateConnected();
+    void SendTechnologyAdded(const Technology& technology);
     void SendServicesChanged();
     void SendPropertyChanges(const std::string& sPath, const char* pInterface,
                              const Properties& changes);

@@ -1,6 +1,8 @@
 #include "simulator/Connections.h"
 #include "simulator/Errors.h"
 
+#include <algorithm>
+
 namespace Tovra::Simulator
 {
 
@@ -82,16 +84,23 @@ void Connections::AutoConnect()
 {
     if (!world.bAutoConnects)
         return;
-    for (const ServicePointer& pService : world.vecServices)
-        if (pService->IsConnected() || pService->IsConnecting() ||
-            mapAttempts.count(pService->sPath) > 0)
-            return;
-    for (const ServicePointer& pService : world.vecServices)
-        if (pService->bFavorite && pService->bAutoConnect && !pService->bIgnored &&
-            pService->sState == "idle") {
-            mapAttempts[pService->sPath].bByUser = false;
-            return Try(ServicePointer(pService));
-        }
+    const std::vector<ServicePointer> vecServices = world.vecServices; // trying one changes these
+    for (const ServicePointer& pService : vecServices)
+        if (!pService->IsWifi() && MayConnectItself(*pService))
+            TryByItself(pService);
+    const auto isBusy = [this](const ServicePointer& pService) { return IsBusy(*pService); };
+    if (std::any_of(vecServices.begin(), vecServices.end(), isBusy))
+        return;
+    for (const ServicePointer& pService : vecServices)
+        if (MayConnectItself(*pService))
+            return TryByItself(pService);
+}
+
+void Connections::PushButton(const ServicePointer& pService)
+{
+    pService->bButtonPushed = true;
+    if (pService->sState == "association" && mapSteps.count(pService->sPath) == 0)
+        Associated(pService);
 }
 
 void Connections::Force(const ServicePointer& pService, const std::string& sState)
@@ -147,6 +156,23 @@ void Connections::Try(const ServicePointer& pService)
     Finish(pService, std::nullopt);
 }
 
+void Connections::TryByItself(const ServicePointer& pService)
+{
+    mapAttempts[pService->sPath].bByUser = false;
+    Try(pService);
+}
+
+bool Connections::IsBusy(const Service& service) const
+{
+    return service.IsConnected() || service.IsConnecting() || mapAttempts.count(service.sPath) > 0;
+}
+
+bool Connections::MayConnectItself(const Service& service) const
+{
+    return service.bFavorite && service.bAutoConnect && !service.bIgnored &&
+           service.sState == "idle" && !IsBusy(service);
+}
+
 void Connections::Walk(const ServicePointer& pService)
 {
     Attempt& attempt = mapAttempts[pService->sPath];
@@ -168,6 +194,8 @@ void Connections::Associated(const ServicePointer& pService)
     const std::string& sFailure = pService->network.sFailure;
     if (!sFailure.empty() && sFailure != "dhcp-failed")
         return Refuse(pService, sFailure);
+    if (WaitsForButton(*pService))
+        return;
     if (!IsAdmitted(*pService))
         return Refuse(pService, pService->bUseWps ? "connect-failed" : "invalid-key");
     SetState(pService, "configuration");
@@ -193,6 +221,7 @@ void Connections::BecomeReady(const ServicePointer& pService)
         if (pService->bUseWps)
             pService->sPassphrase = pService->network.sPassphrase;
         pService->bUseWps = false;
+        pService->bButtonPushed = false;
     });
     storage.Save(*pService);
     Finish(pService, MakeDone());

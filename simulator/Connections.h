@@ -32,7 +32,13 @@ public:
     /** A connected service goes through configuration again. */
     void Configure(const ServicePointer& pService, const IpConfiguration& configuration);
 
-    /** Connects the first favourite that may connect by itself, if the scenario wants that. */
+    /** The WPS button of the network's access point. */
+    void PushButton(const ServicePointer& pService);
+
+    /**
+     * Connects favourites that may connect by themselves, if the scenario wants that: each cable,
+     * and of networks in the air the first, while nothing is connected.
+     */
     void AutoConnect();
 
     /** Ends what is under way and puts the service into a state, as from outside. */
@@ -60,6 +66,9 @@ private:
 
     void LeaveOthers(const Service& service);
     void Try(const ServicePointer& pService);
+    void TryByItself(const ServicePointer& pService);
+    bool IsBusy(const Service& service) const;
+    bool MayConnectItself(const Service& service) const;
     void Walk(const ServicePointer& pService);
     void Associated(const ServicePointer& pService);
     void Configured(const ServicePointer& pService);

@@ -62,6 +62,14 @@ Json RemoveService(Daemon& daemon, Fields& fields)
     return Json::object();
 }
 
+Json PushButton(Daemon& daemon, Fields& fields)
+{
+    const std::string sPath = fields.ReadRequired("path");
+    fields.Finish();
+    daemon.PushButton(sPath);
+    return Json::object();
+}
+
 Json SetState(Daemon& daemon, Fields& fields)
 {
     const std::string sPath = fields.ReadRequired("path");
@@ -213,6 +221,7 @@ const std::map<std::string, Command>& GetCommands()
         {"add-service", AddService},
         {"change-service", ChangeService},
         {"remove-service", RemoveService},
+        {"push-button", PushButton},
         {"set-state", SetState},
         {"set-service-property", SetServiceProperty},
         {"add-technology", AddTechnology},

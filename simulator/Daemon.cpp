@@ -16,6 +16,11 @@ std::string Daemon::AddService(const Network& network)
     return pImpl->Run([&] { return pImpl->simulation.AddService(network); });
 }
 
+void Daemon::PushButton(const std::string& sPath)
+{
+    pImpl->Run([&] { pImpl->simulation.PushButton(sPath); });
+}
+
 void Daemon::RemoveService(const std::string& sPath)
 {
     pImpl->Run([&] { pImpl->simulation.RemoveService(sPath); });
@@ -163,14 +168,14 @@ void Daemon::Leave()
 
 void Daemon::Return()
 {
-    pImpl->Run([&] { pImpl->bus.Open(); });
+    pImpl->Run([&] { pImpl->Return(); });
 }
 
 void Daemon::Restart()
 {
     pImpl->Run([&] {
         pImpl->Leave();
-        pImpl->bus.Open();
+        pImpl->Return();
     });
 }
 

@@ -36,6 +36,9 @@ public:
     /** Returns the service's path. */
     std::string AddService(const Network& network);
     void RemoveService(const std::string& sPath);
+
+    /** The WPS button of the network's access point: who waits for it is let in. */
+    void PushButton(const std::string& sPath);
     void SetState(const std::string& sPath, const std::string& sState);
 
     /** Changes what the scenario said of the network, and announces what that changes. */

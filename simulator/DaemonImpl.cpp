@@ -30,7 +30,7 @@ Daemon::Impl::Impl(const Scenario& scenario, const std::string& sBusAddress)
 {
     for (const Rule& rule : scenario.vecBehaviours)
         rules.Add(rule);
-    bus.Open();
+    Return();
     thread = std::thread([this] { Guard([this] { loop.Run(); }); });
 }
 
@@ -117,7 +117,13 @@ void Daemon::Impl::Leave()
 {
     vecHeld.clear();
     bus.Close();
-    simulation.Restart();
+    simulation.End();
+}
+
+void Daemon::Impl::Return()
+{
+    bus.Open();
+    simulation.Begin();
 }
 
 Reply Daemon::Impl::CallOut(const OutgoingCall& call, std::chrono::milliseconds timeout)

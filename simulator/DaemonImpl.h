@@ -27,6 +27,7 @@ public:
     void Release(bool bNewestFirst);
     void Storm(const Signal& signal, unsigned nCount, std::chrono::milliseconds interval);
     void Leave();
+    void Return();
 
     // From any thread
     Reply CallOut(const OutgoingCall& call, std::chrono::milliseconds timeout);

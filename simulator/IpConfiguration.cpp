@@ -1,7 +1,9 @@
 #include "simulator/IpConfiguration.h"
 #include "simulator/Errors.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <bitset>
 
 namespace Tovra::Simulator
 {
@@ -74,6 +76,21 @@ ConfigurationResult ReadConfiguration(const Value& value)
     return {IpConfiguration{"manual", sAddress.value_or(""), sNetmask.value_or(""),
                             sGateway.value_or("")},
             {}};
+}
+
+unsigned ToPrefixLength(const std::string& sNetmask)
+{
+    in_addr netmask = {};
+    inet_pton(AF_INET, sNetmask.c_str(), &netmask);
+    return static_cast<unsigned>(std::bitset<32>(netmask.s_addr).count());
+}
+
+std::string ToNetmask(unsigned nPrefixLength)
+{
+    const unsigned nLength = std::min(nPrefixLength, 32U);
+    const in_addr netmask = {htonl(nLength == 0 ? 0 : ~0U << (32U - nLength))};
+    char text[INET_ADDRSTRLEN] = {};
+    return inet_ntop(AF_INET, &netmask, text, sizeof text);
 }
 
 bool IsIpv4Address(const std::string& sText)

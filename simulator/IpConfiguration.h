@@ -29,6 +29,10 @@ struct ConfigurationResult {
 };
 ConfigurationResult ReadConfiguration(const Value& value);
 
+/** How many bits a netmask has, and the netmask of so many; of what is none, 0 and "0.0.0.0". */
+unsigned ToPrefixLength(const std::string& sNetmask);
+std::string ToNetmask(unsigned nPrefixLength);
+
 bool IsIpv4Address(const std::string& sText);
 
 /** An address of either family. */

@@ -48,6 +48,7 @@ void ReadAccess(Fields& fields, Network& network)
     fields.Read("passphrase", network.sPassphrase);
     fields.Read("savedPassphrase", network.sSavedPassphrase);
     fields.Read("wpsPin", network.sWpsPin);
+    fields.Read("waitsForButton", network.bWaitsForButton);
     fields.Read("failure", network.sFailure);
     fields.Read("online", network.bOnline);
     ReadAppearance(fields, network.appearance);
@@ -184,6 +185,7 @@ Scenario ReadScenario(const Json& json)
     fields.Read("offlineMode", scenario.bOfflineMode);
     fields.Read("announceEverySort", scenario.bAnnounceEverySort);
     fields.Read("failurePasses", scenario.bFailurePasses);
+    fields.Read("freshStarts", scenario.bFreshStarts);
     fields.Read("sorted", scenario.bSorted);
     fields.Read("autoConnects", scenario.bAutoConnects);
     ReadEach(fields, "technologies", scenario.vecTechnologies, ReadTechnology);

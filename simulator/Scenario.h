@@ -68,8 +68,9 @@ struct Network {
     std::string sPassphrase;                     ///< the one that the access point accepts
     std::optional<std::string> sSavedPassphrase; ///< absent: of a saved network, the right one
     std::string sWpsPin;                         ///< accepted beside the push button, if not empty
-    std::string sFailure; ///< every attempt ends with this error, for example "dhcp-failed"
-    bool bOnline = true;  ///< whether it gets from ready to online
+    bool bWaitsForButton = false; ///< WPS without a PIN goes on only when its button is pushed
+    std::string sFailure;         ///< every attempt ends with this error, for example "dhcp-failed"
+    bool bOnline = true;          ///< whether it gets from ready to online
 
     std::string sInterface = "wlan0";
     std::string sMacAddress = "02:00:00:00:00:00"; ///< of the device's own interface
@@ -96,10 +97,16 @@ struct Scenario {
     /** A network that lets nobody in goes from "failure" to "idle" at once, as ConnMan's do. */
     bool bFailurePasses = false;
 
+    /**
+     * At its start, and when it is back on the bus, it tells of all there is, and knows of services
+     * what is stored, as ConnMan does; else it goes on as it was left.
+     */
+    bool bFreshStarts = false;
+
     /** Keeps services in ConnMan's order; else in the order in which they were added. */
     bool bSorted = true;
 
-    /** Connects favourites by itself: at the start, after scans, power and disconnects. */
+    /** Connects favourites by itself: as soon as they are there, and after disconnects. */
     bool bAutoConnects = false;
 
     std::vector<TechnologySettings> vecTechnologies;

@@ -34,6 +34,7 @@ struct Service {
     std::optional<std::string> sPassphrase; ///< the one that ConnMan knows
     bool bUseWps = false;
     std::string sWpsPin;
+    bool bButtonPushed = false; ///< for an attempt that waits, or for the next one
 
     IpConfiguration ipv4;
     bool bAddressed = true;                  ///< false: connected, but the address has not come yet

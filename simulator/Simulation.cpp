@@ -58,12 +58,25 @@ void Simulation::ConnectionGone(const std::string& sName)
         connections.AgentGone(sName);
 }
 
-void Simulation::Restart()
+void Simulation::End()
 {
     agents.Clear();
     announcer.Reset();
     connections.ForgetCallers();
     technologies.ForgetCallers();
+    if (!world.bFreshStarts)
+        return;
+    for (const auto& vecServices : {world.vecServices, world.vecUnlisted})
+        for (const ServicePointer& pService : vecServices)
+            Reload(pService);
+}
+
+void Simulation::Begin()
+{
+    if (!world.bFreshStarts)
+        return;
+    announcer.AnnounceAll();
+    connections.AutoConnect();
 }
 
 std::string Simulation::AddService(const Network& network)
@@ -77,7 +90,9 @@ std::string Simulation::AddService(const Network& network)
         announcer.AddService(pService);
     else
         world.Unlist(pService);
-    storage.Save(*pService);
+    if (!storage.Load(*pService))
+        storage.Save(*pService);
+    connections.AutoConnect();
     return pService->sPath;
 }
 
@@ -86,6 +101,11 @@ void Simulation::RemoveService(const std::string& sPath)
     const ServicePointer pService = GetListed(world, sPath);
     connections.Abandon(pService);
     announcer.RemoveService(pService, true);
+}
+
+void Simulation::PushButton(const std::string& sPath)
+{
+    connections.PushButton(GetListed(world, sPath));
 }
 
 void Simulation::SetState(const std::string& sPath, const std::string& sState)
@@ -133,6 +153,20 @@ void Simulation::SetTechnologyProperty(const std::string& sPath, const std::stri
     const TechnologyPointer pTechnology = GetTechnology(world, sPath);
     announcer.Change(*pTechnology,
                      [&] { Override(pTechnology->settings.overrides, sName, value); });
+}
+
+// What is stored of it, and otherwise as it was found.
+void Simulation::Reload(const ServicePointer& pService)
+{
+    connections.Abandon(pService);
+    announcer.Change(*pService, [&] {
+        Network network = pService->network;
+        network.sState = "idle";
+        network.sError.clear();
+        network.bSaved = network.bSaved && !storage.IsKept();
+        *pService = Service(network);
+        storage.Load(*pService);
+    });
 }
 
 const Service& Simulation::GetService(const std::string& sPath) const

@@ -22,13 +22,17 @@ public:
     /** A connection is gone from the bus. */
     void ConnectionGone(const std::string& sName);
 
-    /** The daemon starts anew: it knows no agents and owes nobody an answer. */
-    void Restart();
+    /** The daemon ends: it knows no agents and owes nobody an answer. */
+    void End();
+
+    /** The daemon starts, at first or again: it is on the bus. */
+    void Begin();
 
     // What happens in the world outside. Paths that are not there throw Problem.
 
     std::string AddService(const Network& network);
     void RemoveService(const std::string& sPath);
+    void PushButton(const std::string& sPath);
     void SetState(const std::string& sPath, const std::string& sState);
     void ChangeNetwork(const std::string& sPath, const std::function<void(Network&)>& fnChange);
     void SetServiceProperty(const std::string& sPath, const std::string& sName,
@@ -45,6 +49,8 @@ public:
     const World& GetWorld() const { return world; }
 
 private:
+    void Reload(const ServicePointer& pService);
+
     World world;
     Storage storage;
     Agents agents;

@@ -20,6 +20,8 @@ void Technologies::SetPowered(const TechnologyPointer& pTechnology, bool bPowere
     if (pTechnology->bPowered == bPowered)
         return fnAnswer(bPowered ? Errors::AlreadyEnabled() : Errors::AlreadyDisabled());
     pTechnology->bPowerChanging = true;
+    if (!bPowered)
+        UnlistServices(pTechnology->settings.sType); // as in ConnMan, before the power is off
     outlet.After(world.timing.power, [=] {
         pTechnology->bPowerChanging = false;
         ApplyPower(pTechnology, bPowered);

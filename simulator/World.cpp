@@ -36,6 +36,7 @@ World::World(const Scenario& scenario)
       bOfflineMode(scenario.bOfflineMode),
       bAnnounceEverySort(scenario.bAnnounceEverySort),
       bFailurePasses(scenario.bFailurePasses),
+      bFreshStarts(scenario.bFreshStarts),
       bSorted(scenario.bSorted),
       bAutoConnects(scenario.bAutoConnects)
 {

@@ -44,6 +44,7 @@ struct World {
     bool bSessionMode = false;
     bool bAnnounceEverySort;
     bool bFailurePasses;
+    bool bFreshStarts;
     bool bSorted;
     bool bAutoConnects;
     std::vector<TechnologyPointer> vecTechnologies;

@@ -14,7 +14,8 @@ CheckFormatting() {
 
 CheckShellScripts() {
     local scripts
-    mapfile -t scripts < <(grep -lE '^#!/bin/(ba)?sh' check demo .ci/run tools/* tests/install/* 2>/dev/null)
+    mapfile -t scripts < <(grep -lE '^#!/bin/(ba)?sh' check demo .ci/run tools/* lab/* \
+        tests/install/* 2>/dev/null)
     Detail "${#scripts[@]} scripts and what they source"
     shellcheck -x "${scripts[@]}"
 }

@@ -269,8 +269,10 @@ TEST_F(Story, OfWifiThatIsSwitchedOffAndOnAgain)
     WantWifi(false, false);
     EXPECT_EQ(Apply(), 1);
     EXPECT_TRUE(host.AwaitWord(2));
-    ASSERT_TRUE(ReadUntil([](const DeviceConfig& c) { return c.mapNetworkServices.empty(); }));
-    EXPECT_FALSE(host.FindTechnology("wifi")->bPowered);
+    ASSERT_TRUE(ReadUntil([](const DeviceConfig& config) {
+        return config.mapNetworkServices.empty() &&
+               !config.mapNetworkTechnologies.at("wifi").bPowered;
+    }));
     EXPECT_THAT(GetHostCommands(), ElementsAre(pDhcpEvent));
 
     WantWifi(true, false);

@@ -267,6 +267,31 @@ TEST(SimulatedAgent, ThatChoosesThePushButtonIsConnectedWithoutAPassphrase)
         << "the access point tells it";
 }
 
+TEST(SimulatedAgent, ThatWantsWpsWaitsUntilTheButtonIsPushedIfTheNetworkDoes)
+{
+    Network network = MakeWps();
+    network.bWaitsForButton = true;
+    const auto pNeighbourhood = MakeAsked(network);
+    pNeighbourhood->AnswerAgent(Answers({{"WPS", ""}}));
+    pNeighbourhood->outlet.Pass(aWhile);
+    EXPECT_EQ(pNeighbourhood->GetState(sHome), "association");
+    pNeighbourhood->simulation.PushButton(sHome);
+    pNeighbourhood->outlet.Pass(aWhile);
+    EXPECT_EQ(pNeighbourhood->GetState(sHome), "online");
+    EXPECT_FALSE(pNeighbourhood->vecLate.back().IsError());
+}
+
+TEST(SimulatedAgent, ThatWantsWpsWaitsInVainForAButtonThatNobodyPushes)
+{
+    Network network = MakeWps();
+    network.bWaitsForButton = true;
+    const auto pNeighbourhood = MakeAsked(network);
+    pNeighbourhood->AnswerAgent(Answers({{"WPS", ""}}));
+    pNeighbourhood->outlet.Pass(std::chrono::seconds(121));
+    EXPECT_EQ(pNeighbourhood->GetState(sHome), "failure");
+    EXPECT_EQ(GetLateError(*pNeighbourhood), "net.connman.Error.OperationTimeout");
+}
+
 TEST(SimulatedAgent, IsReadUpToWpsAndNotFurther)
 {
     const auto pNeighbourhood = MakeAsked(MakeWps());

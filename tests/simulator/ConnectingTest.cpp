@@ -263,4 +263,21 @@ TEST(SimulatedConnecting, FavouritesConnectByThemselvesOnlyIfTheScenarioWantsIt)
     EXPECT_EQ(lively.GetState(PathOf(MakeWifi("Other"))), "online");
 }
 
+TEST(SimulatedConnecting, CablesConnectByThemselvesAllAndNetworksInTheAirOnlyWithoutThem)
+{
+    Scenario scenario = MakeScenario({MakeSaved("Home")});
+    scenario.bAutoConnects = true;
+    const Network first = MakeCable("eth0");
+    const Network second = MakeCable("eth1");
+    Neighbourhood neighbourhood(scenario);
+    neighbourhood.simulation.RemoveService(sHome);
+    neighbourhood.simulation.AddService(first);
+    neighbourhood.simulation.AddService(second);
+    neighbourhood.simulation.AddService(MakeSaved("Home"));
+    neighbourhood.outlet.Pass(aWhile);
+    EXPECT_EQ(neighbourhood.GetState(PathOf(first)), "online");
+    EXPECT_EQ(neighbourhood.GetState(PathOf(second)), "online");
+    EXPECT_EQ(neighbourhood.GetState(sHome), "idle");
+}
+
 } // namespace Tovra::Simulator

@@ -69,6 +69,7 @@ TEST(SimulatorControl, ChangesTheWorld)
     EXPECT_EQ(services[0][1]["State"][1], "ready");
     EXPECT_EQ(services[0][1]["Odd"], (Json::array({"x", 5})));
     EXPECT_EQ(services[0][1]["Name"][1], "New") << "what is not changed stays";
+    fnRun({{"command", "push-button"}});
     fnRun({{"command", "remove-service"}});
     EXPECT_TRUE(daemon.GetServicePaths().empty());
 }

@@ -24,14 +24,15 @@ std::string GetComplaint(const char* pScenario)
 TEST(SimulatorScenario, IsReadFromJson)
 {
     const Scenario scenario = ReadScenario(Json::parse(R"({
-        "version": "1.29", "storage": "/tmp/x", "timing": {"scan": 7},
+        "version": "1.29", "storage": "/tmp/x", "timing": {"scan": 7}, "freshStarts": true,
         "technologies": [{"type": "wifi", "powered": false, "name": "Air"}],
-        "services": [{"name": "Home", "strength": 5, "state": "ready", "appears": "after-scan",
+        "services": [{"name": "Home", "strength": 5, "state": "ready", "appears": "after-scan", "waitsForButton": true,
                       "properties": {"Strength": ["s", "loud"], "State": null}}],
         "behaviours": [{"member": "Scan", "action": "silence", "times": 2}]})"));
     EXPECT_EQ(scenario.version, Version::V1_29);
     EXPECT_EQ(scenario.sStorage, "/tmp/x");
     EXPECT_EQ(scenario.timing.scan.count(), 7);
+    EXPECT_TRUE(scenario.bFreshStarts);
     ASSERT_EQ(scenario.vecTechnologies.size(), 1U);
     EXPECT_FALSE(scenario.vecTechnologies[0].bPowered);
     EXPECT_EQ(scenario.vecTechnologies[0].sName, "Air");
@@ -40,6 +41,7 @@ TEST(SimulatorScenario, IsReadFromJson)
     EXPECT_EQ(network.sName, "Home");
     EXPECT_EQ(network.nStrength, 5U);
     EXPECT_EQ(network.appearance, Appearance::AfterScan);
+    EXPECT_TRUE(network.bWaitsForButton);
     EXPECT_EQ(network.overrides.at("Strength"), (Value{"s", "loud"}));
     EXPECT_EQ(network.overrides.at("State"), std::nullopt);
     ASSERT_EQ(scenario.vecBehaviours.size(), 1U);

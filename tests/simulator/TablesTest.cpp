@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <map>
 #include <sstream>
 #include <thread>
 
@@ -192,6 +193,35 @@ TEST(SimulatorAgents, TheNextOneIsTheFirstWhenTheFirstHasGone)
     EXPECT_FALSE(agents.Unregister(":1.1"));
     agents.Clear();
     EXPECT_FALSE(agents.Find(":1.2"));
+}
+
+TEST(SimulatorStorage, WhatWasWrittenOfAServiceIsReadBack)
+{
+    Service saved(MakeWifi("Home"));
+    saved.bFavorite = true;
+    saved.bAutoConnect = false;
+    saved.sPassphrase = "apple=pie; 42";
+    saved.ipv4 = {"manual", "10.0.0.9", "255.255.252.0", "10.0.0.1"};
+    saved.vecNameservers = {"10.0.0.2", "10.0.0.1"};
+    std::istringstream settings(MakeSettings(saved));
+    Service read(MakeWifi("Home"));
+    ReadSettings(settings, read);
+    EXPECT_TRUE(read.bFavorite);
+    EXPECT_FALSE(read.bAutoConnect);
+    EXPECT_EQ(read.sPassphrase, saved.sPassphrase);
+    EXPECT_EQ(ToProperties(read.ipv4), ToProperties(saved.ipv4));
+    EXPECT_EQ(read.vecNameservers, saved.vecNameservers);
+}
+
+TEST(SimulatorStorage, ANetmaskIsWrittenAsTheLengthOfAPrefix)
+{
+    for (const auto& [nLength, sNetmask] : std::map<unsigned, std::string>{
+             {0, "0.0.0.0"}, {1, "128.0.0.0"}, {22, "255.255.252.0"}, {32, "255.255.255.255"}}) {
+        EXPECT_EQ(ToPrefixLength(sNetmask), nLength);
+        EXPECT_EQ(ToNetmask(nLength), sNetmask);
+    }
+    EXPECT_EQ(ToPrefixLength("none"), 0U);
+    EXPECT_EQ(ToNetmask(33), "255.255.255.255");
 }
 
 TEST(SimulatorStorage, ASavedServiceHasADirectoryWhichOutlivesItWithoutThePassphrase)

@@ -44,6 +44,14 @@ TEST(SimulatedTechnology, WithoutPowerHasNoServices)
     EXPECT_EQ(vecSignals[0].arguments.values[1], (Json::array({sHome})));
 }
 
+TEST(SimulatedTechnology, LosesItsServicesAtOnceAndItsPowerLater)
+{
+    Neighbourhood neighbourhood({MakeWifi("Home")});
+    SetPowered(neighbourhood, false);
+    EXPECT_TRUE(neighbourhood.simulation.GetServicePaths().empty());
+    EXPECT_TRUE(neighbourhood.outlet.GetAnnounced(pWifi, "Powered").empty());
+}
+
 TEST(SimulatedTechnology, FindsItsServicesAgainWithPower)
 {
     Neighbourhood neighbourhood({MakeWifi("Home")});
