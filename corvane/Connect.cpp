@@ -169,8 +169,12 @@ private:
     {
         if (!bHandedOver)
             return "The network is not connected yet.";
-        return bTaken ? "The credential was taken, but the network is not connected yet."
-                      : "The network is not connected yet, and no credential was asked for.";
+        if (!bTaken)
+            return "The network is not connected yet, and no credential was asked for.";
+        // A failure can pass before the plug-in has read it.
+        return request.bWps ? "The credential was taken, but the network is not connected yet."
+                            : "The credential was taken, but the network is not connected yet; a "
+                              "wrong passphrase may show as no more than this.";
     }
 
     Host& host;

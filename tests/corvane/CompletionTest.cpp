@@ -51,6 +51,47 @@ TEST_F(Completion, KnowsEveryCommand)
     EXPECT_EQ(nCommands, 10);
 }
 
+/** zsh at a terminal, which completes what is typed before a tab. */
+class ZshCompletion : public Scene
+{
+protected:
+    ZshCompletion()
+    {
+        const std::string sDirectory = std::filesystem::path(CORVANE).parent_path().string();
+        session.Write("PATH=" + sDirectory + ":$PATH fpath=(" ZSH_COMPLETIONS " $fpath)\n");
+        session.Write(
+            "tell() { zle -I; print -r \"<$BUFFER>\"; BUFFER= }; zle -N tell; bindkey '^T' tell\n");
+        session.Write("autoload -U compinit; compinit -D -u; PS1='re''ady> '\n");
+        EXPECT_TRUE(session.AwaitOutput("ready> "));
+    }
+
+    void ExpectCompleted(const std::string& sTyped, const std::string& sCompleted)
+    {
+        session.Write(sTyped + "\t\x14"); // a tab, and it tells the line and clears it
+        EXPECT_TRUE(session.AwaitOutput("<" + sCompleted)) << session.GetOutput();
+        EXPECT_TRUE(session.AwaitOutput("ready> "));
+    }
+
+    Session session{{"/bin/zsh", "-f", "-i"}, Session::Ends::Terminal, {{"TERM", "xterm"}}};
+};
+
+TEST_F(ZshCompletion, OffersCommandsAndOptions)
+{
+    ExpectCompleted("corvane tech", "corvane technologies");
+    ExpectCompleted("corvane --lib", "corvane --library");
+    ExpectCompleted("corvane connect Home --pass", "corvane connect Home --passphrase-file");
+    ExpectCompleted("corvane set Home --name", "corvane set Home --nameserver");
+    ExpectCompleted("corvane power wifi of", "corvane power wifi off");
+    ExpectCompleted("corvane --ipc-send=netcfg-s",
+                    "corvane --ipc-send=netcfg-static-address-configured");
+}
+
+TEST_F(ZshCompletion, OffersTheNetworksThatThereAre)
+{
+    StartConnMan();
+    ExpectCompleted("corvane show My", "corvane show MyNet1726E16D6");
+}
+
 } // namespace
 
 } // namespace Tovra

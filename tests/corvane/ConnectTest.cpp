@@ -159,11 +159,22 @@ TEST_F(Connecting, TheTimeToWaitEndsIt)
     const Outcome taken = Connect(pPassphrase, {"--wait", "0.7"});
     EXPECT_EQ(taken.nExit, 5);
     EXPECT_THAT(taken.sErrors,
-                HasSubstr("The credential was taken, but the network is not connected yet.\n"));
+                HasSubstr("The credential was taken, but the network is not connected yet; a wrong "
+                          "passphrase may show as no more than this.\n"));
 
     const Json open = RunForJson({"connect", "Café am Eck", "--wait", "0.7"}, 5);
     EXPECT_EQ(open.at("result"), "timed-out");
     EXPECT_EQ(open.at("text"), "The network is not connected yet.");
+}
+
+TEST_F(Connecting, AButtonThatIsNotPushedIsNoWrongPassphrase)
+{
+    Simulator::Scenario scenario = Neighbourhood();
+    scenario.vecServices[1].bWaitsForButton = true;
+    StartConnMan(scenario);
+    const Json waiting = RunForJson({"connect", "My Net-1", "--wps", "--wait", "0.7"}, 5);
+    EXPECT_EQ(waiting.at("text"),
+              "The credential was taken, but the network is not connected yet.");
 }
 
 TEST_F(Connecting, ACredentialThatNobodyAsksForIsSaidToBeSo)
