@@ -54,19 +54,13 @@ Json ChangeService(Daemon& daemon, Fields& fields)
     return Json::object();
 }
 
-Json RemoveService(Daemon& daemon, Fields& fields)
+// For a command whose only field is a path.
+template <void (Daemon::*Operation)(const std::string& sPath)>
+Json RunOn(Daemon& daemon, Fields& fields)
 {
     const std::string sPath = fields.ReadRequired("path");
     fields.Finish();
-    daemon.RemoveService(sPath);
-    return Json::object();
-}
-
-Json PushButton(Daemon& daemon, Fields& fields)
-{
-    const std::string sPath = fields.ReadRequired("path");
-    fields.Finish();
-    daemon.PushButton(sPath);
+    (daemon.*Operation)(sPath);
     return Json::object();
 }
 
@@ -94,14 +88,6 @@ Json AddTechnology(Daemon& daemon, Fields& fields)
     const auto technology = ReadTechnology(GetObject(fields, "technology"), "technology");
     fields.Finish();
     return {{"path", daemon.AddTechnology(technology)}};
-}
-
-Json RemoveTechnology(Daemon& daemon, Fields& fields)
-{
-    const std::string sPath = fields.ReadRequired("path");
-    fields.Finish();
-    daemon.RemoveTechnology(sPath);
-    return Json::object();
 }
 
 Json SetTechnologyProperty(Daemon& daemon, Fields& fields)
@@ -220,12 +206,12 @@ const std::map<std::string, Command>& GetCommands()
     static const std::map<std::string, Command> mapCommands = {
         {"add-service", AddService},
         {"change-service", ChangeService},
-        {"remove-service", RemoveService},
-        {"push-button", PushButton},
+        {"remove-service", RunOn<&Daemon::RemoveService>},
+        {"push-button", RunOn<&Daemon::PushButton>},
         {"set-state", SetState},
         {"set-service-property", SetServiceProperty},
         {"add-technology", AddTechnology},
-        {"remove-technology", RemoveTechnology},
+        {"remove-technology", RunOn<&Daemon::RemoveTechnology>},
         {"set-technology-property", SetTechnologyProperty},
         {"emit", Emit},
         {"call", CallOut},

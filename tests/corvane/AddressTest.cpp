@@ -96,12 +96,7 @@ TEST_F(Addresses, TheTimeToWaitEndsIt)
 
 TEST_F(Addresses, AnotherNetworkOfAnotherNameIsLeftAlone)
 {
-    Simulator::Scenario scenario = Neighbourhood();
-    Simulator::Network other = scenario.vecServices[0];
-    other.sPath = PathOf("ethernet_other_cable");
-    scenario.vecServices[0].sState = "online"; // but shown is the other, which is idle
-    scenario.vecServices.push_back(other);
-    StartConnMan(scenario);
+    StartConnMan(WithAnotherCable());
     EXPECT_EQ(Run(Static("10.0.0.2", "255.0.0.0", "10.0.0.1")).nExit, 0);
     EXPECT_THAT(TakeCommands(), Not(testing::Contains(HasSubstr("Disconnect"))));
 }

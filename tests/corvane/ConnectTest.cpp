@@ -207,12 +207,7 @@ TEST_F(Connecting, ANetworkThatComesAndGoesMeanwhileDoesNotCostTheCredential)
 
 TEST_F(Connecting, AnotherNetworkIsLeftAlone)
 {
-    Simulator::Scenario scenario = Neighbourhood();
-    Simulator::Network other = scenario.vecServices[0];
-    other.sPath = PathOf("ethernet_other_cable");
-    scenario.vecServices[0].sState = "online"; // but shown is the other, which is idle
-    scenario.vecServices.push_back(other);
-    StartConnMan(scenario);
+    StartConnMan(WithAnotherCable());
     EXPECT_EQ(Run({"connect", "Café am Eck"}).nExit, 0);
     EXPECT_THAT(TakeCommands(), ElementsAre("wifi_cafe Connect"));
 }

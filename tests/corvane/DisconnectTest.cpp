@@ -57,12 +57,7 @@ TEST_F(Disconnecting, WhatIsNotConnectedIsSaidToBeSo)
 
 TEST_F(Disconnecting, AnotherOfTheNameIsDisconnectedToo)
 {
-    Simulator::Scenario scenario = Neighbourhood();
-    Simulator::Network other = scenario.vecServices[0];
-    other.sPath = PathOf("ethernet_other_cable");
-    scenario.vecServices[0].sState = "online"; // but shown is the other, which is idle
-    scenario.vecServices.push_back(other);
-    StartConnMan(scenario);
+    StartConnMan(WithAnotherCable());
     EXPECT_EQ(Run({"disconnect", "Wired"}).nExit, 0);
     EXPECT_THAT(TakeCommands(), ElementsAre("ethernet_cable Disconnect"));
 }

@@ -71,6 +71,16 @@ Simulator::Scenario Scene::Neighbourhood()
     return scenario;
 }
 
+Simulator::Scenario Scene::WithAnotherCable()
+{
+    Simulator::Scenario scenario = Neighbourhood();
+    Simulator::Network other = scenario.vecServices[0];
+    other.sPath = PathOf("ethernet_other_cable");
+    scenario.vecServices[0].sState = "online";
+    scenario.vecServices.push_back(other);
+    return scenario;
+}
+
 void Scene::StartConnMan(const Simulator::Scenario& scenario)
 {
     pConnMan = std::make_unique<Simulator::Daemon>(scenario);

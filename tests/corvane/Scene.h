@@ -31,6 +31,9 @@ protected:
     /** Networks as people have them; nothing takes long, and nothing happens by itself. */
     static Simulator::Scenario Neighbourhood();
 
+    /** The same with two cables of one name: the first is in use, shown is the other, idle one. */
+    static Simulator::Scenario WithAnotherCable();
+
     void StartConnMan(const Simulator::Scenario& scenario = Neighbourhood());
 
     /** Starts `corvane` with these arguments. */

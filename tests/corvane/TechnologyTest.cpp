@@ -37,12 +37,7 @@ TEST_F(Technologies, PowerThatIsAsWantedSendsNothing)
 
 TEST_F(Technologies, PowerLeavesNetworksAlone)
 {
-    Simulator::Scenario scenario = Neighbourhood();
-    Simulator::Network other = scenario.vecServices[0];
-    other.sPath = PathOf("ethernet_other_cable");
-    scenario.vecServices[0].sState = "online"; // but shown is the other, which is idle
-    scenario.vecServices.push_back(other);
-    StartConnMan(scenario);
+    StartConnMan(WithAnotherCable());
     EXPECT_EQ(Run({"power", "wifi", "off"}).nExit, 0);
     EXPECT_EQ(TakeCommands().size(), 1u);
 }
