@@ -2,6 +2,7 @@
 #include "simulator/Errors.h"
 
 #include <algorithm>
+#include <array>
 #include <arpa/inet.h>
 #include <bitset>
 
@@ -89,8 +90,8 @@ std::string ToNetmask(unsigned nPrefixLength)
 {
     const unsigned nLength = std::min(nPrefixLength, 32U);
     const in_addr netmask = {htonl(nLength == 0 ? 0 : ~0U << (32U - nLength))};
-    char text[INET_ADDRSTRLEN] = {};
-    return inet_ntop(AF_INET, &netmask, text, sizeof text);
+    std::array<char, INET_ADDRSTRLEN> text = {};
+    return inet_ntop(AF_INET, &netmask, text.data(), text.size());
 }
 
 bool IsIpv4Address(const std::string& sText)

@@ -29,12 +29,12 @@ struct Service {
     std::string sError; ///< stays until the next success, disconnect or input, as in ConnMan
     bool bFavorite;
     bool bAutoConnect;
-    bool bIgnored = false; ///< disconnected on request: does not connect by itself
+    bool bIgnored = false;      ///< disconnected on request: does not connect by itself
+    bool bButtonPushed = false; ///< of WPS: for an attempt that waits, or for the next one
 
     std::optional<std::string> sPassphrase; ///< the one that ConnMan knows
     bool bUseWps = false;
     std::string sWpsPin;
-    bool bButtonPushed = false; ///< for an attempt that waits, or for the next one
 
     IpConfiguration ipv4;
     bool bAddressed = true;                  ///< false: connected, but the address has not come yet
