@@ -2,8 +2,8 @@
 #include "simulator/Errors.h"
 
 #include <algorithm>
-#include <array>
 #include <arpa/inet.h>
+#include <array>
 #include <bitset>
 
 namespace Tovra::Simulator
