@@ -203,7 +203,12 @@ Logged() {
 
 # For a story: a command of corvane's, or something else that happens, for people to read.
 Play() {
-    printf '\n$ corvane %s\n' "$*"
+    local word line='$ corvane'
+    for word in "$@"; do
+        [[ $word != *' '* ]] || word="'$word'"
+        line+=" $word"
+    done
+    printf '\n%s\n' "$line"
     "$corvane" --library "$library" "$@" 2>>"$logs/corvane.log"
 }
 
