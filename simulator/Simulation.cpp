@@ -43,7 +43,8 @@ Simulation::Simulation(const Scenario& scenario, Outlet& outlet)
       parts{world, storage, agents, announcer, connections, technologies}
 {
     for (const ServicePointer& pService : world.vecServices)
-        storage.Save(*pService);
+        if (!world.bFreshStarts || !storage.Load(*pService))
+            storage.Save(*pService);
     connections.AutoConnect();
 }
 

@@ -76,6 +76,17 @@ TEST_F(SimulatedStart, ConnectsTheNetworkThatIsStored)
     EXPECT_EQ(neighbourhood.GetState(sHome), "online");
 }
 
+TEST_F(SimulatedStart, OfAnotherDaemonConnectsItToo)
+{
+    {
+        Neighbourhood neighbourhood(scenario);
+        Connect(neighbourhood);
+    }
+    Neighbourhood neighbourhood(scenario);
+    neighbourhood.outlet.Pass(aWhile);
+    EXPECT_EQ(neighbourhood.GetState(sHome), "online");
+}
+
 TEST_F(SimulatedStart, KnowsNothingOfANetworkWhoseSettingsAreGone)
 {
     Neighbourhood neighbourhood(scenario);
