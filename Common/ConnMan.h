@@ -11,7 +11,8 @@
  * Threads. Signals, replies, agent calls and all callbacks run on the dispatch thread of the
  * connection; what they throw is logged and dropped, so that the thread lives on. The public
  * operations are for the host's threads. One lock, `mtxLists`, guards the two lists; it is held to
- * copy or exchange a list, and while callbacks run for a change of strength.
+ * copy a list, to compare and exchange it, which writes to the host's log, and while callbacks run
+ * for a change of strength.
  */
 
 #include "Include/D-Bus.h"
@@ -125,7 +126,8 @@ public:
     /**
      * Sets the callback that answers ConnMan's requests: it receives the service's object path and
      * the requested fields, and returns a text for each field it knows. It runs on the dispatch
-     * thread without a lock; meanwhile nothing else is dispatched. Any thread; takes no lock.
+     * thread without a lock; meanwhile nothing else is dispatched. With an empty `fn` requests are
+     * left unanswered. Any thread; takes no lock.
      */
     void SetOnAgentRequest(const AgentFunction& fn);
 
@@ -135,7 +137,9 @@ public:
 
     /**
      * Commands to ConnMan: sent one way, without waiting and without learning of their success. The
-     * records' values go out as they are. Any thread; they take none of the client's locks.
+     * records' values go out unchecked, but for what libdbus cannot carry: in texts, bytes that are
+     * no UTF-8 go out as U+FFFD; a path that is none, or what is too large, sends nothing. Any
+     * thread; they take none of the client's locks.
      */
     void ScanTechnology(const NetworkTechnology& technology);
     void SetTechnologyPower(const NetworkTechnology& technology, bool on);

@@ -51,22 +51,22 @@ ConnMan::Impl::Impl(DBus::Connection& dbusConnection, SystemActions systemAction
 
 // --- What is bound to the bus -----------------------------------------------------------------
 
-void ConnMan::Impl::Guard(const char* pHandler,
-                          const std::function<void()>& fnHandler) const noexcept
+void ConnMan::Impl::ReportDropped(const char* pHandler, const char* pText) const noexcept
 try {
-    const auto report = [&](const char* pText) {
-        LogConnMan(QelLogError, pHandler, 57, "ConnMan: ", pHandler,
-                   ": dropped after an exception: ", pText);
-    };
-    try {
-        fnHandler();
-    } catch (const std::exception& exception) {
-        report(exception.what());
-    } catch (...) {
-        report("unknown");
-    }
+    LogConnMan(QelLogError, pHandler, 57, "ConnMan: ", pHandler,
+               ": dropped after an exception: ", pText);
 } catch (...) {
     // Not even the report could be made; the thread goes on all the same.
+}
+
+template <class Function>
+void ConnMan::Impl::Guard(const char* pHandler, const Function& fnHandler) const noexcept
+try {
+    fnHandler();
+} catch (const std::exception& exception) {
+    ReportDropped(pHandler, exception.what());
+} catch (...) {
+    ReportDropped(pHandler, "unknown");
 }
 
 template <class... Args>

@@ -18,6 +18,9 @@ namespace Tovra
  * object weakly: libdbus keeps its callbacks for as long as the connection lives, which is longer
  * than the client.
  *
+ * A client owns it by a shared pointer. One that is owned otherwise can be called, but nothing that
+ * it binds to the bus does anything.
+ *
  * The functions throw as they say; only what is bound catches (`Guard`), so that no exception
  * reaches libdbus.
  */
@@ -97,7 +100,9 @@ private:
     void CallTechnologies();
     void ChangeStrength(const std::string& path, std::uint32_t nStrength);
     void Notify(unsigned int nWord) const;
-    void Guard(const char* pHandler, const std::function<void()>& fnHandler) const noexcept;
+    void ReportDropped(const char* pHandler, const char* pText) const noexcept;
+    template <class Function>
+    void Guard(const char* pHandler, const Function& fnHandler) const noexcept;
     template <class... Args>
     std::function<void(Args...)> Bound(const char* pHandler, void (Impl::*pMember)(Args...));
 

@@ -32,7 +32,11 @@ public:
             const boost::unique_lock<boost::shared_mutex> lock(mtxRecord);
             pStopped = std::move(pRecord);
         }
-        if (pStopped)
+        if (!pStopped)
+            return;
+        if (pStopped->thread.get_id() == std::this_thread::get_id())
+            pStopped->thread.detach(); // a callback has called exit(), which does not return
+        else
             pStopped->thread.join();
     }
 

@@ -7,8 +7,8 @@ class DeviceConfig;
 
 /**
  * What a target-specific plug-in does for the host. The order of the slots is part of the binary
- * interface. Any of the host's threads may call any operation, at any time. The host never deletes
- * the object.
+ * interface. Any thread may call any operation until exit() is called or main() returns; after that
+ * only an observer that is being told of a change. The host never deletes the object.
  */
 class ITargetSpecific
 {
@@ -20,9 +20,10 @@ public:
 
     /**
      * Compares the wanted values in the host's maps with the network's state and sends the network
-     * daemon the differences, without waiting for their effect: power; or one scan, and then
-     * nothing else; or connections, addresses and name servers. Returns 1. Takes the network lock
-     * exclusively, then the client's list lock for a moment; std::bad_alloc leaves it.
+     * daemon the differences, without waiting for their effect: power; then either one scan, and
+     * nothing after it, or connections, addresses and name servers. Returns 1. Takes the network
+     * lock exclusively, then the client's list lock for a moment. std::bad_alloc leaves it, and
+     * what the host's log throws.
      */
     virtual int TargetSpecificSetNetworkConfiguration() = 0;
 
@@ -37,10 +38,12 @@ public:
 } // namespace Tovra
 
 /**
- * The plug-in's one exported symbol: gives its one object. The first call builds it and starts the
- * plug-in's dispatch thread; `config` must live until the process has ended. Later calls give the
- * same object and ignore `config`. Any thread. What building throws leaves the call, and the next
- * one tries again. The plug-in stays loaded until the process ends, also after dlclose.
+ * The plug-in's one exported symbol: gives its one object. Loading the library, before this can be
+ * called, waits for the network daemon's answer to a first call: 25 s at most, if it hangs. The
+ * first call builds it and starts the plug-in's dispatch thread; `config` must live until the
+ * process has ended. Later calls give the same object and ignore `config`. Any thread. What
+ * building throws leaves the call, and the next one tries again. The plug-in stays loaded until the
+ * process ends, also after dlclose.
  */
 extern "C" [[gnu::visibility("default")]] Tovra::ITargetSpecific*
 GetTargetSpecificInterface(Tovra::DeviceConfig& config);

@@ -2,7 +2,9 @@
 
 /**
  * The host's logging, from libfundra.so.5.0. The functions are the host's: the plug-in calls them
- * through their dynamic symbols, from any thread.
+ * through their dynamic symbols, from any thread, some with the network lock held exclusively and
+ * some with a lock of its own. So they take no lock that is held while the plug-in is called, and
+ * call none of its operations.
  */
 
 #include <cstddef>

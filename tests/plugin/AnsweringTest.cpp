@@ -79,6 +79,22 @@ protected:
         host.Edit([&](DeviceConfig& config) { fn(config.mapNetworkServices.at(pHomeKey)); });
     }
 
+    /** ConnMan lists the path once for each of the names. */
+    void StartWithOnePathFor(const std::vector<std::string>& vecNames)
+    {
+        StartConnMan(Scenes::Quiet({Scenes::Wifi("Home")}));
+        Simulator::Json services = Simulator::Json::array();
+        for (const std::string& sName : vecNames) {
+            Simulator::Json properties = pConnMan->GetServiceProperties(pHome);
+            properties["Name"] = {"s", sName};
+            services.push_back({pHome, properties});
+        }
+        pConnMan->OnCall({"GetServices", "", "", ""},
+                         Simulator::Behaviour::AnswerWith(
+                             {"a(oa{sv})", Simulator::Json::array({std::move(services)})}));
+        StartHost();
+    }
+
     Answer Ask(const Simulator::Properties& fields, const std::string& sPath = pHome)
     {
         TestSupport::HostLog::Reset();
@@ -172,6 +188,31 @@ TEST_F(Answering, GivesNothingForAPathThatConnManDoesNotList)
     EXPECT_EQ(Ask({{"Passphrase", passphrase}}, sPath), Answer());
     ExpectLogged({Lines(sPath).Called(), Lines(sPath).Asking()});
     EXPECT_EQ(host.FindNetwork(pHomeKey)->sPassphrase, "correct horse");
+}
+
+TEST_F(Answering, GoesOnFromARecordOfThePathThatTheHostDoesNotKnowToTheNext)
+{
+    StartWithOnePathFor({"Stranger", "Home"});
+    const std::string sStrangerKey = "Stranger1CA1B7A7";
+    host.Edit([&](DeviceConfig& config) {
+        ASSERT_EQ(config.mapNetworkServices.erase(sStrangerKey), 1U);
+    });
+    Want([](Service& home) { home.sPassphrase = "correct horse"; });
+    EXPECT_EQ(Ask({{"Passphrase", passphrase}}),
+              (Answer{{"Name", "Home"}, {"Passphrase", "correct horse"}}));
+    ExpectLogged({lines.Called(), lines.Asking(), lines.Named(sStrangerKey), lines.Named(pHomeKey),
+                  Lines::Exists(pHomeKey), Lines::UsingPassphrase(pHomeKey)});
+}
+
+// The second takes what the first has left.
+TEST_F(Answering, AnswersForEachRecordOfThePathSoThatTheLastCounts)
+{
+    StartWithOnePathFor({"Home", "Home"});
+    Want([](Service& home) { home.sPassphrase = "correct horse"; });
+    EXPECT_EQ(Ask({{"Passphrase", passphrase}}), (Answer{{"Name", "Home"}, {"Passphrase", ""}}));
+    ExpectLogged({lines.Called(), lines.Asking(), lines.Named(pHomeKey), Lines::Exists(pHomeKey),
+                  Lines::UsingPassphrase(pHomeKey), lines.Named(pHomeKey), Lines::Exists(pHomeKey),
+                  Lines::UsingPassphrase(pHomeKey)});
 }
 
 TEST_F(Answering, AsksForWpsOnceWhenItIsWantedAndOffered)

@@ -35,13 +35,6 @@ public:
     {
         static_cast<TargetSpecificKX22&>(plugIn).OnNetworksChanged(flags);
     }
-
-    std::map<std::string, std::string>
-    OnAgentRequest(ITargetSpecific& plugIn, const std::string& sUniqueId,
-                   const std::map<std::string, ConnMan::AgentRequest>& mapRequest) override
-    {
-        return static_cast<TargetSpecificKX22&>(plugIn).OnAgentRequest(sUniqueId, mapRequest);
-    }
 };
 
 Insides insides;

@@ -26,10 +26,6 @@ public:
 
     virtual void OnNetworksChanged(ITargetSpecific& plugIn, unsigned flags) = 0;
 
-    virtual std::map<std::string, std::string>
-    OnAgentRequest(ITargetSpecific& plugIn, const std::string& sUniqueId,
-                   const std::map<std::string, ConnMan::AgentRequest>& mapRequest) = 0;
-
 protected:
     ~IInsides() = default;
 };

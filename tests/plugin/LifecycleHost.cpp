@@ -1,6 +1,8 @@
 #include "tests/plugin/Host.h"
 #include "tests/plugin/PlugInLibrary.h"
+#include "tests/support/ProcessThreads.h"
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -8,7 +10,9 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <sys/syscall.h>
 #include <thread>
+#include <unistd.h>
 
 /**
  * A host that does with the plug-in what its arguments say, in their order, and ends:
@@ -18,6 +22,8 @@
  *   enter             asks for the object, which must be the one of before
  *   load, get, set    calls the object's operation, closed or not
  *   hear              waits until the observer has heard a good many words
+ *   read-late         has the observer read once main() is left and the process waits for it
+ *   exit-on-change    has the observer call exit(), and waits for the end
  *   return            leaves main()
  *   exit              calls exit() in main()
  *   exit-elsewhere    calls exit() on another thread
@@ -31,6 +37,10 @@ using TestSupport::PlugInLibrary;
 
 namespace
 {
+
+std::atomic<bool> bExiting = false;
+std::atomic<bool> bAsked = false;   // the observer, to read late
+std::atomic<bool> bReadLate = true; // what was to be read late has been
 
 class Run
 {
@@ -59,6 +69,31 @@ private:
         Require(TestSupport::Eventually(hasHeard), "the observer hears of the storm");
     }
 
+    // Reads while the process ends, when all of the plug-in's that can be destroyed is.
+    void ReadLate()
+    {
+        std::atexit([] { bExiting = true; }); // before the plug-in's own: that came earlier
+        bReadLate = false;
+        Host::Get().SetOnChange([pReader = pPlugIn](unsigned) {
+            if (bAsked.exchange(true))
+                return;
+            const auto isJoining = [] {
+                return bExiting && TestSupport::IsInCall(getpid(), SYS_futex);
+            };
+            Require(TestSupport::Eventually(isJoining), "the process waits for the observer");
+            Require(pReader->TargetSpecificGetNetworkConfiguration() == 1, "reading gives 1");
+            bReadLate = true;
+        });
+        Require(TestSupport::Eventually([] { return bAsked.load(); }), "the observer is called");
+    }
+
+    [[noreturn]] static void ExitOnChange()
+    {
+        Host::Get().SetOnChange([](unsigned) { std::exit(EXIT_SUCCESS); });
+        for (;;)
+            pause();
+    }
+
     static void ExitElsewhere()
     {
         std::thread([] { std::exit(EXIT_SUCCESS); }).join();
@@ -83,6 +118,8 @@ private:
              Require(pPlugIn->TargetSpecificSetNetworkConfiguration() == 1, "applying gives 1");
          }},
         {"hear", Hear},
+        {"read-late", [this] { ReadLate(); }},
+        {"exit-on-change", ExitOnChange},
         {"return", [] {}},
         {"exit", [] { std::exit(EXIT_SUCCESS); }},
         {"exit-elsewhere", ExitElsewhere},
@@ -93,6 +130,11 @@ private:
 
 int main(int argc, char** argv)
 {
+    // Registered before the library is there, so called after all of it.
+    std::atexit([] {
+        if (!bReadLate)
+            std::_Exit(EXIT_FAILURE);
+    });
     Run run;
     for (int n = 1; n < argc; ++n)
         run.Do(argv[n]);

@@ -122,6 +122,9 @@ INSTANTIATE_TEST_SUITE_P(
                     Steps{"open", "close", "open", "close", "return"},
                     Steps{"open", "open", "close", "enter", "load", "close", "get", "hear", "exit"},
                     Steps{"open-elsewhere", "enter", "get", "hear", "return"},
+                    Steps{"open", "enter", "read-late", "return"},
+                    Steps{"open", "enter", "close", "read-late", "exit"},
+                    Steps{"open", "enter", "exit-on-change"},
                     Steps{"open-elsewhere", "close", "open", "enter", "hear", "exit-elsewhere"}),
     [](const auto& test) { return "Order" + std::to_string(test.index); });
 
