@@ -1,6 +1,7 @@
 #include "Callbacks.h"
 
 #include <exception>
+#include <utility>
 
 namespace Tovra::DBus
 {
@@ -71,10 +72,11 @@ void ObjectHandler::UnregisterFunction(DBusConnection*, void* pHandler)
 
 void ReturnWrapper::Call(DBusPendingCall* pPending, void* pWrapper)
 {
-    const auto& wrapper = *static_cast<const ReturnWrapper*>(pWrapper);
+    // Called once; and setting another one in it, which frees the record, must not free it.
+    const auto fnCallback = std::move(static_cast<ReturnWrapper*>(pWrapper)->fnCallback);
     Guard([&] {
         PendingCall pending = PendingCall::Reference(pPending);
-        wrapper.fnCallback(pending);
+        fnCallback(pending);
     });
 }
 

@@ -3,6 +3,7 @@
 #include "Text.h"
 #include "Wakeup.h"
 
+#include <algorithm>
 #include <dbus/dbus.h>
 
 namespace Tovra::DBus
@@ -11,10 +12,11 @@ namespace Tovra::DBus
 namespace
 {
 
-// libdbus aborts the process on any other negative number than its two constants.
+// libdbus aborts the process on other negative numbers than this one: of a call its own time-out,
+// of dispatching no limit.
 int ToTimeout(int timeout)
 {
-    return timeout < 0 ? DBUS_TIMEOUT_USE_DEFAULT : timeout;
+    return std::max(timeout, DBUS_TIMEOUT_USE_DEFAULT);
 }
 
 DBusConnection* Open(const char* address)

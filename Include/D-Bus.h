@@ -7,9 +7,10 @@
  * result or an `Empty` value. Texts that libdbus would abort the process for are refused or mended
  * before they reach it; what cannot be refused is a precondition and stands at its declaration.
  *
- * Threads. Handles and values are plain objects: one of them may be used by one thread at a time,
- * copies of a handle by several. Sending is allowed from any thread while another one dispatches.
- * Every callback runs on the thread that calls `Connection::Dispatch`, one at a time.
+ * Threads. Values are plain objects, for one thread at a time. A handle may be used by any number
+ * of threads, but assigned or destroyed by one while no other uses it; a message is extended by
+ * one. All operations of a connection but `Dispatch` may be called by any thread while another one
+ * dispatches. Every callback runs on the thread that calls `Connection::Dispatch`, one at a time.
  */
 
 #include <cstdint>
@@ -62,9 +63,13 @@ public:
     /**
      * Reads the argument at the iterator's position; the iterator is not advanced. Depth is bounded
      * by libdbus, which accepts no message nested deeper than 64 levels.
-     * Throws only std::bad_alloc, and then releases what it had gathered.
+     * Throws only std::bad_alloc, and then releases what it had gathered: when memory runs out, and
+     * instead of using it up for an argument of more than a million values.
      */
     explicit Data(const DBusMessageIter* iter);
+
+    struct Reader;
+    Data(const DBusMessageIter* iter, Reader& reader); ///< for the reader itself
 
     Data(const Data& data);
     Data(Data&& data) noexcept;
@@ -170,6 +175,7 @@ extern template const std::string& Data::As<std::string>() const;
 extern template const std::vector<Data>& Data::As<std::vector<Data>>() const;
 extern template const std::map<std::string, Data>& Data::As<std::map<std::string, Data>>() const;
 
+/** libdbus's reference counts, for `Handle`. The pointers are not null. Any thread. */
 void AddReference(DBusConnection* pConnection) noexcept;
 void AddReference(DBusMessage* pMessage) noexcept;
 void AddReference(DBusPendingCall* pPending) noexcept;
@@ -250,12 +256,15 @@ public:
      */
     Message& SetNoReply();
 
-    /** "method_call", "method_return", "error" or "signal"; "" for an empty message. */
+    /** "method_call", "method_return", "error", "signal" or "invalid"; "" for an empty message. */
     const char* GetType() const;
 
     /**
-     * Appends one argument; a value that cannot be written (see `Data::AddToMessage`) leaves the
-     * message unchanged, and so does a message that was sent or received already.
+     * Appends one argument. What cannot be written leaves the message as it was, one argument short
+     * of what its receiver waits for: a value that `Data::AddToMessage` refuses (`IsWritable` in
+     * Writability.h tells), or one too many for a signature (255 characters). Nothing is added to a
+     * message that was sent or received already. All arguments together must stay below what a
+     * system bus takes in one message (32 MiB): it closes the connection.
      */
     Message& Add(const Data& data);
 
@@ -278,6 +287,7 @@ class PendingCall : public Handle<DBusPendingCall>
 public:
     PendingCall() noexcept = default;
 
+    /** As for `Message`. */
     static PendingCall Adopt(DBusPendingCall* pPending) noexcept;
     static PendingCall Reference(DBusPendingCall* pPending) noexcept;
 
@@ -286,11 +296,11 @@ public:
      * Nothing happens on an empty handle. libdbus forgets a callback that is set after completion,
      * so the call must have been sent on the dispatching thread, or before that thread runs: only
      * then can the reply not overtake this operation.
-     * What the callback throws leaves `Connection::Dispatch`.
+     * What the callback throws (an empty one std::bad_function_call) leaves `Dispatch`.
      */
     void SetOnComplete(const std::function<void(PendingCall&)>& callback);
 
-    /** Must not be called on an empty handle: libdbus ends the process. */
+    /** Whether the reply or an error is there. Not on an empty handle: libdbus ends the process. */
     bool IsCompleted() const;
 
     /**
@@ -322,7 +332,8 @@ public:
 
     /**
      * The connection to the system or session bus that libdbus shares within the process; empty
-     * when it cannot be reached. Blocks until the bus has answered.
+     * when it cannot be reached. Blocks until the bus has answered. From then on whoever shares it
+     * is not ended when the bus goes away, and a main loop of others' is not woken for it any more.
      */
     static Connection SystemBus();
     static Connection SessionBus();
@@ -348,7 +359,9 @@ public:
     /**
      * Has `callback` called for each method call to `path`, with its interface ("" if it names
      * none) and member. The callback sends the reply itself and returns true; on false the caller
-     * receives an unknown-method error. Nothing changes if the path is taken.
+     * receives an unknown-method error. What it throws leaves `Dispatch` and counts as false; an
+     * empty one throws std::bad_function_call. If the path is taken, nothing changes and libdbus
+     * says so on standard error.
      */
     void RegisterObject(const char* path,
                         const std::function<bool(const std::string&, const std::string&,
@@ -371,14 +384,16 @@ public:
 
     /**
      * Sends a method call and waits for its reply. Empty on an error reply, a time-out or a closed
-     * connection. Belongs before the dispatch thread runs: both would read the same socket.
+     * connection. Belongs before the dispatch thread runs: it is safe then too, but what other
+     * threads send meanwhile may wait until it is over.
      */
     Message SendWithReplyBlocking(const Message& message, int timeout);
 
     /**
      * Reads, writes and dispatches, and returns after at most `timeout` ms (negative: no limit) on
-     * a live connection: false. Returns true at once, exactly when the connection is closed; false
-     * on an empty handle. One thread at a time.
+     * a live connection: false. Returns true, and at once, when the connection is closed and all
+     * that had arrived is dispatched; false on an empty handle. Throws what a callback threw. One
+     * thread at a time.
      *
      * While there is nothing to do it sleeps on the connection's descriptor without holding
      * libdbus's I/O lock, so that what another thread sends meanwhile leaves at once.
@@ -406,8 +421,8 @@ public:
     Thread();
 
     /**
-     * Stops and joins the thread: within 500 ms plus the time of a callback that is running. Must
-     * not be called on the dispatch thread.
+     * Stops and joins the thread: within 500 ms plus the time of a callback that is running. On the
+     * dispatch thread itself only by exit() in a callback, which does not return to it.
      */
     ~Thread();
 
@@ -416,8 +431,8 @@ public:
 
     /**
      * Starts the dispatch thread unless it runs or there is no bus. Any thread, any number of
-     * times. Takes the run lock exclusively. Throws when the system gives no thread, and leaves
-     * everything as it was. A callback that throws on the thread ends the process.
+     * times, in a callback too. Throws when the system gives no thread, and leaves everything as it
+     * was. A callback that throws on the thread ends the process.
      */
     void RunIfNotRunning();
 

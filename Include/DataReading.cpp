@@ -2,12 +2,17 @@
 
 #include <cstdio>
 #include <dbus/dbus.h>
+#include <new>
 
 namespace Tovra::DBus
 {
 
 namespace
 {
+
+// Far more than a network daemon tells, and far less than fills a device's memory: a value takes 64
+// bytes, and on the wire one may do.
+constexpr std::uint32_t nMostValues = 1000000;
 
 dbus_uint32_t ReadNumber(DBusMessageIter& iter, int nCode)
 {
@@ -38,17 +43,29 @@ bool ReadFlag(DBusMessageIter& iter)
     return bValue != FALSE;
 }
 
-Data ReadVariant(DBusMessageIter& iter)
+} // namespace
+
+/** Reads one argument with all that is in it. */
+struct Data::Reader {
+    Data ReadVariant(DBusMessageIter& iter);
+    Data ReadDictionary(DBusMessageIter& element);
+    Data ReadArray(DBusMessageIter& element);
+    Data ReadContainer(DBusMessageIter& iter);
+
+    std::uint32_t nLeft = nMostValues;
+};
+
+Data Data::Reader::ReadVariant(DBusMessageIter& iter)
 {
     DBusMessageIter contents;
     dbus_message_iter_recurse(&iter, &contents);
-    Data data(&contents);
+    Data data(&contents, *this);
     data.SetVariant(true);
     return data;
 }
 
 // Ends at the first entry whose key is no string: none of the dictionaries that matter has one.
-Data ReadDictionary(DBusMessageIter& element)
+Data Data::Reader::ReadDictionary(DBusMessageIter& element)
 {
     std::map<std::string, Data> mapEntries;
     do {
@@ -61,7 +78,7 @@ Data ReadDictionary(DBusMessageIter& element)
         std::string sKey = ReadText(entry);
         if (!dbus_message_iter_next(&entry))
             break;
-        mapEntries[std::move(sKey)] = Data(&entry);
+        mapEntries[std::move(sKey)] = Data(&entry, *this);
     } while (dbus_message_iter_next(&element));
 
     const Data::Type elementType =
@@ -69,18 +86,18 @@ Data ReadDictionary(DBusMessageIter& element)
     return Data::MakeDictionary(elementType, std::move(mapEntries));
 }
 
-Data ReadArray(DBusMessageIter& element)
+Data Data::Reader::ReadArray(DBusMessageIter& element)
 {
     std::vector<Data> vecElements;
     do {
-        vecElements.emplace_back(&element);
+        vecElements.emplace_back(&element, *this);
     } while (dbus_message_iter_next(&element));
 
     const Data::Type elementType = vecElements.front().GetType();
     return Data::MakeArray(elementType, std::move(vecElements));
 }
 
-Data ReadContainer(DBusMessageIter& iter)
+Data Data::Reader::ReadContainer(DBusMessageIter& iter)
 {
     DBusMessageIter element;
     dbus_message_iter_recurse(&iter, &element);
@@ -94,10 +111,16 @@ Data ReadContainer(DBusMessageIter& iter)
     }
 }
 
-} // namespace
-
 Data::Data(const DBusMessageIter* iter)
 {
+    Reader reader;
+    *this = Data(iter, reader);
+}
+
+Data::Data(const DBusMessageIter* iter, Reader& reader)
+{
+    if (reader.nLeft-- == 0)
+        throw std::bad_alloc();
     DBusMessageIter position = *iter;
     const int nCode = dbus_message_iter_get_arg_type(&position);
     switch (nCode) {
@@ -119,11 +142,11 @@ Data::Data(const DBusMessageIter* iter)
         *this = MakeObjectPath(ReadText(position));
         break;
     case DBUS_TYPE_VARIANT:
-        *this = ReadVariant(position);
+        *this = reader.ReadVariant(position);
         break;
     case DBUS_TYPE_ARRAY:
     case DBUS_TYPE_STRUCT:
-        *this = ReadContainer(position);
+        *this = reader.ReadContainer(position);
         break;
     default:
         m_type = Invalid;

@@ -18,14 +18,14 @@ void AppendAllowed(DBusMessageIter* iter, int nCode, const std::string& sText)
 }
 
 // No copy without need, and none that stays: the text may be a credential.
-void AppendText(DBusMessageIter* iter, int nCode, const std::string& sText)
+void AppendText(DBusMessageIter* iter, const std::string& sText)
 {
     if (Text::IsString(sText)) {
-        AppendAllowed(iter, nCode, sText);
+        AppendAllowed(iter, DBUS_TYPE_STRING, sText);
         return;
     }
     std::string sMended = Text::ToString(sText);
-    AppendAllowed(iter, nCode, sMended);
+    AppendAllowed(iter, DBUS_TYPE_STRING, sMended);
     Wipe(sMended);
 }
 
@@ -103,10 +103,10 @@ void Data::Write(DBusMessageIter* iter, bool inVariant) const
         break;
     }
     case String:
-        AppendText(iter, DBUS_TYPE_STRING, As<std::string>());
+        AppendText(iter, As<std::string>());
         break;
     case ObjectPath:
-        AppendText(iter, DBUS_TYPE_OBJECT_PATH, ObjectPathText());
+        AppendAllowed(iter, DBUS_TYPE_OBJECT_PATH, ObjectPathText());
         break;
     case Array:
     case Dictionary:
@@ -130,7 +130,7 @@ void Data::WriteContainer(DBusMessageIter* iter) const
         for (const auto& [sKey, value] : As<std::map<std::string, Data>>()) {
             DBusMessageIter entry;
             dbus_message_iter_open_container(&sub, DBUS_TYPE_DICT_ENTRY, nullptr, &entry);
-            AppendText(&entry, DBUS_TYPE_STRING, sKey);
+            AppendText(&entry, sKey);
             value.Write(&entry, false);
             dbus_message_iter_close_container(&sub, &entry);
         }

@@ -26,6 +26,14 @@ bool WasSent(DBusMessage* pMessage)
     return dbus_message_get_serial(pMessage) != 0;
 }
 
+// libdbus writes more arguments than a signature has room for, and cannot read them any more.
+bool HasRoomFor(DBusMessage* pMessage, const Data& data)
+{
+    const std::size_t nLength = data.IsVariant() ? 1 : Data::Signature(data, true).size();
+    return std::strlen(dbus_message_get_signature(pMessage)) + nLength <=
+           DBUS_MAXIMUM_SIGNATURE_LENGTH;
+}
+
 } // namespace
 
 Message::Message(const char* destination, const char* path, const char* interface,
@@ -69,7 +77,7 @@ const char* Message::GetType() const
 
 Message& Message::Add(const Data& data)
 {
-    if (*this && !WasSent(Get())) {
+    if (*this && !WasSent(Get()) && HasRoomFor(Get(), data)) {
         DBusMessageIter iter;
         dbus_message_iter_init_append(Get(), &iter);
         data.AddToMessage(&iter, false);

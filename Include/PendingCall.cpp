@@ -2,6 +2,7 @@
 #include "D-Bus.h"
 
 #include <dbus/dbus.h>
+#include <mutex>
 
 namespace Tovra::DBus
 {
@@ -21,12 +22,14 @@ public:
     /** False when the reply has been taken before, or cannot be marked as taken. */
     bool Take(DBusPendingCall* pPending)
     {
+        const std::lock_guard<std::mutex> lock(mtxTaking); // two threads may have a copy each
         return nSlot >= 0 && !dbus_pending_call_get_data(pPending, nSlot) &&
                dbus_pending_call_set_data(pPending, nSlot, this, nullptr);
     }
 
 private:
     dbus_int32_t nSlot = -1;
+    std::mutex mtxTaking;
 };
 
 TakenMark& GetTakenMark()

@@ -65,7 +65,8 @@ dbus_int32_t GetSlot()
 
 Wakeup* FindWakeup(DBusConnection* pConnection)
 {
-    return static_cast<Wakeup*>(dbus_connection_get_data(pConnection, GetSlot()));
+    const dbus_int32_t nSlot = GetSlot(); // negative if there was no memory for one
+    return nSlot < 0 ? nullptr : static_cast<Wakeup*>(dbus_connection_get_data(pConnection, nSlot));
 }
 
 short GetEvents(DBusConnection* pConnection)

@@ -9,8 +9,8 @@ namespace Tovra::DBus
 {
 
 /**
- * Empty a value after overwriting the memory of every text in it: for copies of credentials, which
- * must not stay readable in freed memory. Plain: any thread.
+ * Empty a value after overwriting every text that is a value in it, not keys or paths: for copies
+ * of credentials, which must not stay readable in freed memory. Plain: any thread.
  */
 void Wipe(std::string& sText) noexcept;
 void Wipe(Data& data) noexcept;

@@ -40,6 +40,21 @@ TEST_F(BusDeath, LeavesEmptyResultsOnceItIsKnown)
     EXPECT_TRUE(connection.Dispatch(0));
 }
 
+TEST(BusDeathOfAThread, LeavesNothingOfItsConnectionOnceItIsDestroyed)
+{
+    const auto pKept = std::make_shared<int>();
+    {
+        Thread thread; // never runs: that one could not be stopped any more
+        Connection& connection = thread.GetDbusConnection();
+        connection.Signal("net.example.Probe", "Moved",
+                          [pKept](const std::string&, const Message&) {});
+        TestSupport::GetSystemBus().Stop();
+        ASSERT_TRUE(TestSupport::Eventually([&] { return connection.Dispatch(10); }));
+        EXPECT_EQ(pKept.use_count(), 2);
+    }
+    EXPECT_EQ(pKept.use_count(), 1);
+}
+
 TEST_F(BusDeath, LeavesEmptyResultsBeforeItIsKnown)
 {
     TestSupport::GetSystemBus().Stop();

@@ -278,6 +278,36 @@ TEST_F(DataReading, NothingIsWarnedOfForWhatIsCarried)
 }
 
 // libdbus accepts 64 levels, and no more than 32 of arrays and 32 of structs.
+// Each byte would take a value of 64: a message that fills the bus would fill a device's memory.
+TEST_F(DataReading, UpToAMillionValuesAreRead)
+{
+    const auto fnFill = [](std::size_t nElements) {
+        return [=](sd_bus_message* pMessage) {
+            const std::vector<std::uint8_t> vecBytes(nElements, 7);
+            return sd_bus_message_append_array(pMessage, 'y', vecBytes.data(), vecBytes.size());
+        };
+    };
+    constexpr std::size_t nMost = 999999; // and the array itself
+    const Data read = Receive(fnFill(nMost)).Contents();
+    EXPECT_EQ(read.As<std::vector<Data>>().size(), nMost);
+    EXPECT_EQ(read.As<std::vector<Data>>().back().As<std::uint32_t>(), 7U);
+    EXPECT_THROW(Receive(fnFill(nMost + 1)).Contents(), std::bad_alloc);
+}
+
+TEST_F(DataReading, MoreThanAMillionValuesAreNotReadHoweverTheyAreSpread)
+{
+    const auto fnFill = [](sd_bus_message* pMessage) {
+        const std::vector<std::uint8_t> vecBytes(1000, 7);
+        int nResult = sd_bus_message_open_container(pMessage, SD_BUS_TYPE_ARRAY, "ay");
+        for (int n = 0; n < 1000 && nResult >= 0; ++n)
+            nResult = sd_bus_message_append_array(pMessage, 'y', vecBytes.data(), vecBytes.size());
+        return nResult < 0 ? nResult : sd_bus_message_close_container(pMessage);
+    };
+    const Message message = Receive(fnFill);
+    EXPECT_THROW(message.Contents(), std::bad_alloc);
+    EXPECT_THROW(message.Contents(2), std::bad_alloc);
+}
+
 TEST_F(DataReading, TheDeepestVariantsThatABusDeliversAreRead)
 {
     const std::string sVariants(64, 'v');

@@ -161,6 +161,20 @@ TEST(MessageAdd, OfAnEmptyValueLeavesTheMessageUnchanged)
     EXPECT_EQ(CountArguments(call), 1U);
 }
 
+// libdbus writes on, and then reads such a message for ever.
+TEST(MessageAdd, AppendsAsManyArgumentsAsASignatureHasRoomFor)
+{
+    Message call = MakeCall();
+    for (int n = 0; n < 254; ++n)
+        call.Add(Data::MakeBool(true));
+    call.Add(Data::MakeStringArray({"two codes"}));
+    EXPECT_EQ(CountArguments(call), 254U);
+    call.Add(Data::MakeStringArray({"one"}).SetVariant(true));
+    EXPECT_EQ(CountArguments(call), 255U);
+    call.Add(Data::MakeBool(true));
+    EXPECT_EQ(CountArguments(call), 255U);
+}
+
 TEST(MessageAdd, OnAnEmptyMessageDoesNothing)
 {
     Message empty;

@@ -1,5 +1,9 @@
 #include "tests/dbus/OnTheBus.h"
 
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
 namespace Tovra::DBus
 {
 
@@ -101,6 +105,46 @@ TEST_F(PendingCalls, CallBackTheLastCallbackSetAndFreeTheOneBefore)
     EXPECT_EQ(pKept.use_count(), 1);
     ASSERT_TRUE(Await(pending));
     EXPECT_TRUE(bCalled);
+}
+
+TEST_F(PendingCalls, MayBeGivenAnotherCallbackInTheirCallback)
+{
+    PendingCall pending = Ask("GetId");
+    std::string sType;
+    pending.SetOnComplete([&sType, sPrefix = std::string(100, 'x')](PendingCall& completed) {
+        completed.SetOnComplete([](PendingCall&) { FAIL(); });
+        sType = sPrefix + completed.ReceiveReply().GetType(); // what it holds is still there
+    });
+    ASSERT_TRUE(Await(pending));
+    EXPECT_EQ(sType, std::string(100, 'x') + "method_return");
+}
+
+TEST_F(PendingCalls, GiveTheReplyToOneOfTwoThreadsThatAskAtOnce)
+{
+    std::vector<PendingCall> vecPending;
+    for (int n = 0; n < 5000; ++n)
+        vecPending.push_back(Ask("GetId"));
+    const auto isCompleted = [](const PendingCall& pending) { return pending.IsCompleted(); };
+    ASSERT_TRUE(DispatchUntil(
+        [&] { return std::all_of(vecPending.begin(), vecPending.end(), isCompleted); }));
+
+    std::atomic<std::size_t> nReplies = 0;
+    std::atomic<std::size_t> nArrivals = 0;
+    const auto fnTakeAll = [&, vecCopies = vecPending]() mutable {
+        for (std::size_t n = 0; n < vecCopies.size(); ++n) {
+            ++nArrivals;
+            // For the other, so that both ask at once.
+            for (int nLook = 0; nArrivals < 2 * (n + 1); ++nLook)
+                if (nLook > 10000)
+                    std::this_thread::yield();
+            nReplies += vecCopies[n].ReceiveReply() ? 1U : 0U;
+        }
+    };
+    std::thread first(fnTakeAll);
+    std::thread second(fnTakeAll);
+    first.join();
+    second.join();
+    EXPECT_EQ(nReplies, vecPending.size());
 }
 
 TEST_F(PendingCalls, ForgetACallbackThatIsSetAfterCompletion)
