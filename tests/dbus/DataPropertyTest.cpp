@@ -23,6 +23,7 @@ using TestSupport::Expectation;
 
 constexpr int nFull = 100000;
 constexpr int nTrees = TestSupport::ReduceCount(nFull, nFull, nFull / 10);
+constexpr int nFewerTrees = TestSupport::ReduceCount(nFull, nFull / 4, nFull / 10);
 
 // Trees go to the bus in groups, which costs far fewer changes of process; short enough a group
 // for its failures to be shrunk quickly.
@@ -32,10 +33,11 @@ using Bytes = std::vector<std::uint8_t>;
 
 /** Checks `fnCheck` with groups of what decides about trees, and prints how many trees that were.
  */
-void CheckTrees(const std::function<void(const std::vector<Bytes>&)>& fnCheck)
+void CheckTrees(int nWanted, const char* pWhat,
+                const std::function<void(const std::vector<Bytes>&)>& fnCheck)
 {
     // rapidcheck reads it once, when the first property is checked.
-    setenv("RC_PARAMS", ("max_success=" + std::to_string(nTrees / nGroup)).c_str(), 0);
+    setenv("RC_PARAMS", ("max_success=" + std::to_string(nWanted / nGroup)).c_str(), 0);
     int nRan = 0;
     EXPECT_TRUE(rc::check([&] {
         const auto vecGroup = *rc::gen::container<std::vector<Bytes>>(
@@ -43,7 +45,7 @@ void CheckTrees(const std::function<void(const std::vector<Bytes>&)>& fnCheck)
         fnCheck(vecGroup);
         nRan += nGroup;
     }));
-    TestSupport::PrintCount("trees", nRan, nFull);
+    TestSupport::PrintCount(pWhat, nRan, nFull);
 }
 
 std::vector<Data> MakeTrees(const std::vector<Bytes>& vecGroup,
@@ -103,7 +105,7 @@ private:
 
 TEST_F(DataProperty, EveryTreeThatCanBeSentIsReadBackAsTheRulesPromise)
 {
-    CheckTrees([&](const std::vector<Bytes>& vecGroup) {
+    CheckTrees(nTrees, "trees", [&](const std::vector<Bytes>& vecGroup) {
         const std::vector<Data> vecTrees = MakeTrees(vecGroup, TestSupport::MakeSendableTree);
         std::vector<Message> vecMessages;
         for (const Data& tree : vecTrees)
@@ -122,7 +124,7 @@ TEST_F(DataProperty, EveryTreeAtAllLeavesTheMessageAsItWasOrOneThatTheBusDeliver
 {
     int nRefused = 0;
     int nWritten = 0;
-    CheckTrees([&](const std::vector<Bytes>& vecGroup) {
+    CheckTrees(nFewerTrees, "trees at all", [&](const std::vector<Bytes>& vecGroup) {
         const std::vector<Data> vecTrees = MakeTrees(vecGroup, TestSupport::MakeAnyTree);
         std::vector<Message> vecMessages;
         std::vector<std::string> vecExpected;
@@ -151,7 +153,7 @@ TEST_F(DataProperty, EveryTreeAtAllLeavesTheMessageAsItWasOrOneThatTheBusDeliver
 
 TEST_F(DataProperty, EveryTreeMayBeAssignedFromEveryOther)
 {
-    CheckTrees([&](const std::vector<Bytes>& vecGroup) {
+    CheckTrees(nFewerTrees, "trees assigned", [&](const std::vector<Bytes>& vecGroup) {
         std::vector<Data> vecTrees = MakeTrees(vecGroup, TestSupport::MakeAnyTree);
         for (std::size_t nTree = 1; nTree < vecTrees.size(); ++nTree) {
             const Data source = vecTrees[nTree];

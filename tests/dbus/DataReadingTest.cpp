@@ -304,7 +304,6 @@ TEST_F(DataReading, MoreThanAMillionValuesAreNotReadHoweverTheyAreSpread)
         return nResult < 0 ? nResult : sd_bus_message_close_container(pMessage);
     };
     const Message message = Receive(fnFill);
-    EXPECT_THROW(message.Contents(), std::bad_alloc);
     EXPECT_THROW(message.Contents(2), std::bad_alloc);
 }
 

@@ -122,7 +122,7 @@ TEST_F(PendingCalls, MayBeGivenAnotherCallbackInTheirCallback)
 TEST_F(PendingCalls, GiveTheReplyToOneOfTwoThreadsThatAskAtOnce)
 {
     std::vector<PendingCall> vecPending;
-    for (int n = 0; n < 5000; ++n)
+    for (int n = 0; n < 2000; ++n)
         vecPending.push_back(Ask("GetId"));
     const auto isCompleted = [](const PendingCall& pending) { return pending.IsCompleted(); };
     ASSERT_TRUE(DispatchUntil(
