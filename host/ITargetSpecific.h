@@ -38,12 +38,13 @@ public:
 } // namespace Tovra
 
 /**
- * The plug-in's one exported symbol: gives its one object. Loading the library, before this can be
- * called, waits for the network daemon's answer to a first call: 25 s at most, if it hangs. The
- * first call builds it and starts the plug-in's dispatch thread; `config` must live until the
- * process has ended. Later calls give the same object and ignore `config`. Any thread. What
- * building throws leaves the call, and the next one tries again. The plug-in stays loaded until the
- * process ends, also after dlclose.
+ * The plug-in's one exported symbol: gives its one object. The first call builds it and starts the
+ * plug-in's dispatch thread; `config` must live until the process has ended. Later calls give the
+ * same object and ignore `config`. Any thread. What building throws leaves the call, and the next
+ * one tries again. The plug-in stays loaded until the process ends, also after dlclose.
+ *
+ * Loading the library, before this can be called, waits for the network daemon to answer: 25 s at
+ * most, if it hangs.
  */
 extern "C" [[gnu::visibility("default")]] Tovra::ITargetSpecific*
 GetTargetSpecificInterface(Tovra::DeviceConfig& config);

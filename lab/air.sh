@@ -5,7 +5,6 @@ readonly station=02:00:00:00:00:00 # the device's
 
 declare -A radios
 
-#   NAME RADIO SSID PASSPHRASE [LINE OF hostapd.conf...]     the router's subnet is 80 + RADIO
 MakeAccessPoints() {
     MakeAccessPoint home 1 "My Net-1" "apple pie 42" \
         wps_state=2 eap_server=1 "config_methods=push_button virtual_push_button"
@@ -15,6 +14,7 @@ MakeAccessPoints() {
     MakeAccessPoint comes-and-goes 5 "Comes and goes" "here and gone"
 }
 
+#   NAME RADIO SSID PASSPHRASE [LINE OF hostapd.conf...]     the router's subnet is 80 + RADIO
 MakeAccessPoint() {
     local name=$1 radio=$2
     radios[$name]=wlan$radio

@@ -73,10 +73,10 @@ Cable() {
     esac
 }
 
-#   OnService COMMAND JQ-CONDITION     of the first service for which that holds
+#   OnService COMMAND JQ-CONDITION [FIELDS]     of the first service for which that holds
 OnService() {
-    Control '{command: $command, path: $path}' --arg command "$1" \
-        --arg path "$(Services "map(select($2))[0].path")"
+    Control '{command: $command, path: $path} + $fields' --arg command "$1" \
+        --arg path "$(Services "map(select($2))[0].path")" --argjson fields "${3:-{\}}"
 }
 
 AccessPoint() {
@@ -108,9 +108,8 @@ Strengthen() {
 }
 
 SetStrength() {
-    Control '{command: "set-service-property", path: $path, name: "Strength",
-        value: ["y", ($strength | tonumber)]}' --arg strength "$2" \
-        --arg path "$(Services "map(select(.Name == \"${names[$1]}\"))[0].path")"
+    OnService set-service-property ".Name == \"${names[$1]}\"" \
+        "{\"name\": \"Strength\", \"value\": [\"y\", $2]}"
 }
 
 # --- what the kernel and the access points would have ---------------------------------------------

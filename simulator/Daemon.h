@@ -100,7 +100,10 @@ public:
     /** Calls anybody's method and waits for the answer; a time-out is an error reply. */
     Reply CallRaw(const OutgoingCall& call, std::chrono::milliseconds timeout);
 
-    /** Off the bus, and on again: it knows no agents then and owes nobody an answer. */
+    /**
+     * Off the bus, and on again: it knows no agents then and owes nobody an answer, and where the
+     * scenario wants fresh starts it is as ConnMan is when it starts.
+     */
     void Leave();
     void Return();
     void Restart();
